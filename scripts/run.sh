@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and starts the application. With no
+# DISPLAY set it runs on an Xvfb of its own.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/setup.sh
+scripts/build.sh
+
+if [[ -n ${DISPLAY:-} ]]; then
+  exec build/bin/tosvar "$@"
+fi
+echo "run.sh: no DISPLAY set; starting the application on its own Xvfb"
+exec xvfb-run --auto-servernum --server-args="-screen 0 1920x1080x24" \
+  dbus-run-session -- build/bin/tosvar "$@"
