@@ -14,7 +14,7 @@ packages=(
   libxcb-composite0-dev libxcb-damage0-dev libxcb-xinput-dev libxcb-xtest0-dev
   libxcb-keysyms1-dev libxcb-image0-dev libxkbcommon-dev libxkbcommon-x11-dev
   # codecs, data
-  libpng-dev zlib1g-dev nlohmann-json3-dev
+  libpng-dev libdeflate-dev zlib1g-dev nlohmann-json3-dev
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # running and driving the application headless

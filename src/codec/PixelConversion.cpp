@@ -43,6 +43,15 @@ void toStraightRgba(const std::uint8_t* src, PixelOrder order, int width, std::u
     }
 }
 
+void rgbToOpaqueRgba(const std::uint8_t* __restrict src, int width, std::uint8_t* __restrict dst) {
+    for (int x = 0; x < width; ++x) {
+        dst[4 * x + 0] = src[3 * x + 0];
+        dst[4 * x + 1] = src[3 * x + 1];
+        dst[4 * x + 2] = src[3 * x + 2];
+        dst[4 * x + 3] = 255;
+    }
+}
+
 void premultiplyRgba(std::uint8_t* pixels, int width) {
     for (int x = 0; x < width; ++x) {
         std::uint8_t* p = pixels + 4 * x;

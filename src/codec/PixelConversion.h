@@ -12,6 +12,8 @@ namespace tosvar::PixelConversion {
 void toRgb(const std::uint8_t* src, PixelOrder order, int width, std::uint8_t* dst);
 // Premultiplied pixels in `order` to straight RGBA.
 void toStraightRgba(const std::uint8_t* src, PixelOrder order, int width, std::uint8_t* dst);
+// Packed RGB to opaque RGBA.
+void rgbToOpaqueRgba(const std::uint8_t* src, int width, std::uint8_t* dst);
 // Straight RGBA to premultiplied RGBA, in place.
 void premultiplyRgba(std::uint8_t* pixels, int width);
 

@@ -2,6 +2,7 @@
 
 #include "FileContents.h"
 #include "PixelConversion.h"
+#include "PngFastDecoder.h"
 
 #include <png.h>
 
@@ -117,12 +118,13 @@ Expected<Header> readHeader(std::span<const std::uint8_t> bytes) {
 
 Expected<ImageBuffer> decode(std::span<const std::uint8_t> bytes) {
     if (bytes.size() < 8 || png_sig_cmp(bytes.data(), 0, 8) != 0) return Error{"PNG decode: not a PNG file"};
+    if (auto fast = PngFastDecoder::decode(bytes)) return std::move(*fast);
     Reader reader(bytes);
     bool hasAlpha = false;
     Expected<Header> header = checkedHeader(reader, hasAlpha);
     if (!header) return header.error();
 
-    MutableImage image(header->width, header->height, PixelOrder::rgba);
+    MutableImage image(header->width, header->height, PixelOrder::rgba, PixelMemoryFill::uninitialized);
     std::vector<png_bytep> rows(static_cast<std::size_t>(header->height));
     for (int y = 0; y < header->height; ++y) rows[static_cast<std::size_t>(y)] = image.row(y);
     if (!reader.readImage(rows.data())) return reader.error("corrupt image data");

@@ -1,23 +1,13 @@
 #include "ImageBuffer.h"
 
 #include <atomic>
-#include <cstdlib>
 #include <cstring>
-#include <new>
 
 namespace tosvar {
 
 namespace {
 
 constexpr std::size_t rowAlignment = 64;
-
-std::shared_ptr<std::uint8_t> allocatePixels(std::size_t bytes) {
-    const std::size_t rounded = (bytes + rowAlignment - 1) / rowAlignment * rowAlignment;
-    void* memory = std::aligned_alloc(rowAlignment, rounded == 0 ? rowAlignment : rounded);
-    if (!memory) throw std::bad_alloc();
-    std::memset(memory, 0, rounded);
-    return {static_cast<std::uint8_t*>(memory), [](std::uint8_t* p) { std::free(p); }};
-}
 
 } // namespace
 
@@ -31,12 +21,12 @@ ChannelOffsets channelOffsets(PixelOrder order) {
     return {0, 1, 2, 3};
 }
 
-MutableImage::MutableImage(int width, int height, PixelOrder order)
+MutableImage::MutableImage(int width, int height, PixelOrder order, PixelMemoryFill fill)
     : width_(width < 0 ? 0 : width),
       height_(height < 0 ? 0 : height),
       stride_((static_cast<std::size_t>(width_) * 4 + rowAlignment - 1) / rowAlignment * rowAlignment),
       order_(order),
-      pixels_(allocatePixels(stride_ * static_cast<std::size_t>(height_))) {}
+      pixels_(allocatePixelMemory(stride_ * static_cast<std::size_t>(height_), fill)) {}
 
 void MutableImage::setPixel(int x, int y, Rgba8 c) {
     const ChannelOffsets o = channelOffsets(order_);

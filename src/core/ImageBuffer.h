@@ -1,5 +1,6 @@
 #pragma once
 
+#include "PixelMemory.h"
 #include "PixelRect.h"
 
 #include <cstddef>
@@ -26,8 +27,10 @@ class ImageBuffer;
 // without a copy; nothing can write to them afterwards.
 class MutableImage {
 public:
-    // Rows are aligned to 64 bytes; new pixels are transparent black.
-    MutableImage(int width, int height, PixelOrder order = PixelOrder::rgba);
+    // Rows are aligned to 64 bytes. New pixels are transparent black, unless the
+    // caller is about to write every byte itself and asks for them uninitialized.
+    MutableImage(int width, int height, PixelOrder order = PixelOrder::rgba,
+                 PixelMemoryFill fill = PixelMemoryFill::zeroed);
 
     int width() const { return width_; }
     int height() const { return height_; }
@@ -46,7 +49,7 @@ private:
     int height_;
     std::size_t stride_;
     PixelOrder order_;
-    std::shared_ptr<std::uint8_t> pixels_;
+    std::shared_ptr<std::uint8_t[]> pixels_;
 };
 
 // An immutable image: 8-bit premultiplied pixels shared by every copy.
