@@ -3,9 +3,11 @@
 namespace tosvar {
 
 const BuildTarget& BuildTarget::current() {
-    static const BuildTarget target = fromIdentifier(TOSVAR_APP_ID, BuildChannel::direct);
+    static const BuildTarget target = fromIdentifier(applicationIdentifier(), BuildChannel::direct);
     return target;
 }
+
+const char* BuildTarget::applicationIdentifier() { return TOSVAR_APP_ID; }
 
 BuildTarget BuildTarget::fromIdentifier(std::string_view identifier, BuildChannel channel) {
     BuildProduct product = BuildProduct::vemla;

@@ -17,6 +17,8 @@ struct BuildTarget {
 
     // Read once from the application identifier the build was given.
     static const BuildTarget& current();
+    // "app.vemla.tosvar": also the program's well-known name on the session bus.
+    static const char* applicationIdentifier();
     // "app.vemla.tosvar…" gives tosvar, "app.vemla.sedlo…" sedlo, anything else vemla.
     static BuildTarget fromIdentifier(std::string_view applicationIdentifier, BuildChannel channel);
 
