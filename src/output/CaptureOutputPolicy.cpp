@@ -22,7 +22,7 @@ std::string screenshotFilename(Clock::time_point at, const BuildTarget& target, 
 
 Expected<std::filesystem::path> writePNGToDisk(const Bytes& png, Clock::time_point at, const BuildTarget& target,
                                                DefaultsStore& defaults, FileManager& files) {
-    Expected<Expected<std::filesystem::path>> written = CaptureSaveFolder::captures().withFolder(
+    Expected<Expected<std::filesystem::path>> written = withCaptureFolder(
         defaults, files, [&](const std::filesystem::path& folder) -> Expected<std::filesystem::path> {
             const std::filesystem::path file = folder / screenshotFilename(at, target, "png");
             if (std::optional<Error> error = files.writeAtomically(file, png)) return *error;
