@@ -2,8 +2,10 @@
 
 #include "FileContents.h"
 #include "PixelConversion.h"
+#include "PngBytes.h"
 #include "PngFastDecoder.h"
 
+#include <libdeflate.h>
 #include <png.h>
 
 #include <csetjmp>
@@ -111,9 +113,16 @@ Expected<Header> checkedHeader(Reader& reader, bool& hasAlpha) {
 } // namespace
 
 Expected<Header> readHeader(std::span<const std::uint8_t> bytes) {
-    Reader reader(bytes);
-    bool hasAlpha = false;
-    return checkedHeader(reader, hasAlpha);
+    // Signature, then the IHDR chunk: length 13, type, width, height, ..., CRC.
+    if (bytes.size() < 8 || png_sig_cmp(bytes.data(), 0, 8) != 0) return Error{"PNG decode: not a PNG file"};
+    if (bytes.size() < 33) return Error{"PNG decode: data truncated at byte " + std::to_string(bytes.size())};
+    auto be32 = [&](std::size_t at) { return bigEndian32(bytes.data() + at); };
+    if (be32(8) != 13 || std::memcmp(bytes.data() + 12, "IHDR", 4) != 0) return Error{"PNG decode: IHDR missing"};
+    if (libdeflate_crc32(0, bytes.data() + 12, 17) != be32(29)) return Error{"PNG decode: IHDR: CRC error"};
+    const std::uint32_t width = be32(16), height = be32(20);
+    if (width == 0 || height == 0 || width > maxSide || height > maxSide)
+        return Error{"PNG decode: " + std::to_string(width) + "x" + std::to_string(height) + " is not a valid size"};
+    return Header{static_cast<int>(width), static_cast<int>(height)};
 }
 
 Expected<ImageBuffer> decode(std::span<const std::uint8_t> bytes) {

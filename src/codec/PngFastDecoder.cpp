@@ -1,6 +1,7 @@
 #include "PngFastDecoder.h"
 
 #include "PixelConversion.h"
+#include "PngBytes.h"
 #include "PngDecoder.h"
 
 #include <libdeflate.h>
@@ -16,10 +17,6 @@ namespace tosvar::PngFastDecoder {
 namespace {
 
 constexpr std::uint8_t signature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
-
-std::uint32_t bigEndian32(const std::uint8_t* p) {
-    return std::uint32_t(p[0]) << 24 | std::uint32_t(p[1]) << 16 | std::uint32_t(p[2]) << 8 | p[3];
-}
 
 Error failure(const std::string& message) { return Error{"PNG decode: " + message}; }
 

@@ -3,6 +3,7 @@
 #include "DefaultsStore.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,6 +34,8 @@ public:
     virtual std::int64_t write(const PasteboardContent& content) = 0;
     // The clipboard the user pastes from (as opposed to a private one).
     virtual bool isGeneral() const = 0;
+    // The image on the clipboard as PNG bytes, if it holds one.
+    virtual std::optional<Bytes> readImagePNG() const = 0;
 };
 
 } // namespace tosvar

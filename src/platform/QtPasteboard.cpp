@@ -1,6 +1,8 @@
 #include "QtPasteboard.h"
 
+#include <QBuffer>
 #include <QClipboard>
+#include <QImage>
 #include <QGuiApplication>
 #include <QMimeData>
 
@@ -25,6 +27,19 @@ std::int64_t QtPasteboard::write(const PasteboardContent& content) {
     clipboard_->setMimeData(data, QClipboard::Clipboard); // the clipboard owns `data` from here
     writing_ = false;
     return ++changeCount_;
+}
+
+std::optional<Bytes> QtPasteboard::readImagePNG() const {
+    const QMimeData* data = clipboard_->mimeData(QClipboard::Clipboard);
+    if (!data) return std::nullopt;
+    QByteArray png = data->data(QStringLiteral("image/png"));
+    if (png.isEmpty() && data->hasImage()) {
+        QBuffer buffer(&png);
+        buffer.open(QIODevice::WriteOnly);
+        qvariant_cast<QImage>(data->imageData()).save(&buffer, "PNG");
+    }
+    if (png.isEmpty()) return std::nullopt;
+    return Bytes(png.begin(), png.end());
 }
 
 } // namespace tosvar

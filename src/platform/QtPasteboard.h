@@ -21,6 +21,7 @@ public:
     std::int64_t changeCount() const override { return changeCount_; }
     std::int64_t write(const PasteboardContent& content) override;
     bool isGeneral() const override { return true; }
+    std::optional<Bytes> readImagePNG() const override;
 
 private:
     QClipboard* clipboard_;

@@ -17,6 +17,10 @@ public:
         return ++changeCount_;
     }
     bool isGeneral() const override { return general; }
+    std::optional<Bytes> readImagePNG() const override {
+        if (const Bytes* png = contents.find("image/png")) return *png;
+        return std::nullopt;
+    }
 
     PasteboardContent contents;
     std::vector<PasteboardContent> writes;

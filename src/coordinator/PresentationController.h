@@ -1,0 +1,20 @@
+#pragma once
+
+#include "DefaultsStore.h"
+
+#include <functional>
+
+namespace tosvar {
+
+// Drawing on the live screen.
+class PresentationController {
+public:
+    virtual ~PresentationController() = default;
+    virtual bool isActive() const = 0;
+    virtual void start(int annotatingMode) = 0;
+    virtual void stop() = 0;
+
+    std::function<void(const Bytes& png)> onSnapshot;
+};
+
+} // namespace tosvar

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Rect.h"
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+
+namespace tosvar {
+
+enum class RecordingFormat { mp4, gif };
+
+// What to record: a display, optionally only part of it (screen points).
+struct RecordingTarget {
+    Rect displayFrame;
+    std::optional<Rect> sourceRect;
+};
+
+// Screen recording: arming, countdown, pause and delivery.
+class RecordingController {
+public:
+    enum class State { idle, countingDown, starting, recording, paused, stopping };
+
+    virtual ~RecordingController() = default;
+
+    virtual State state() const = 0;
+    virtual void beginInteractive() = 0;
+    virtual void abortCountdown() = 0;
+    virtual void stopAndDeliver() = 0;
+    virtual void togglePause() = 0;
+    virtual void arm(const RecordingTarget& target, RecordingFormat format, bool pinAfterGIF) = 0;
+
+    std::function<void()> onStateChange;
+    std::function<void(double elapsed)> onTick;
+    std::function<void(const std::filesystem::path& file, const Rect& frame)> onPinCapture;
+    std::function<void(const std::filesystem::path& file)> onDeliverFile;
+
+    // countingDown through paused: a session the user started and has not ended.
+    static bool isActive(State s) { return s >= State::countingDown && s <= State::paused; }
+};
+
+} // namespace tosvar
