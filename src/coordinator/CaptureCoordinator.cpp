@@ -1,5 +1,6 @@
 #include "CaptureCoordinator.h"
 
+#include "CaptureFileKinds.h"
 #include "Log.h"
 #include "PngDecoder.h"
 #include "PngEncoder.h"
@@ -10,19 +11,6 @@
 namespace tosvar {
 
 namespace {
-
-bool hasExtension(const std::filesystem::path& file, std::initializer_list<const char*> extensions) {
-    std::string ext = file.extension().string();
-    for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    for (const char* candidate : extensions)
-        if (ext == candidate) return true;
-    return false;
-}
-
-bool isVideoFile(const std::filesystem::path& f) { return hasExtension(f, {".mp4", ".mov", ".m4v", ".webm", ".mkv"}); }
-bool isAudioFile(const std::filesystem::path& f) {
-    return hasExtension(f, {".m4a", ".mp3", ".wav", ".aac", ".ogg", ".opus", ".flac"});
-}
 
 std::string formatted(const char* format, auto... values) {
     char line[256];
@@ -566,8 +554,8 @@ std::optional<CaptureCardItem> CaptureCoordinator::makeCardItem(const CaptureDel
         };
     } else {
         const auto& file = std::get<std::filesystem::path>(delivery.content);
-        item.kind = isVideoFile(file) ? CaptureCardKind::video
-                    : isAudioFile(file) ? CaptureCardKind::audio
+        item.kind = CaptureFileKinds::isVideo(file) ? CaptureCardKind::video
+                    : CaptureFileKinds::isAudio(file) ? CaptureCardKind::audio
                                         : CaptureCardKind::image;
         item.title = file.filename().string();
         if (item.title.empty()) item.title = s_.localize("menu.record");

@@ -1,5 +1,9 @@
 #include "RecentCaptures.h"
 
+#include "CaptureFileKinds.h"
+#include "CaptureOutputPolicy.h"
+#include "CaptureSaveFolder.h"
+
 #include <algorithm>
 
 namespace tosvar {
@@ -23,6 +27,43 @@ void RecentCaptures::record(const std::filesystem::path& url) {
 
 void RecentCaptures::pruneMissing() {
     std::erase_if(entries_, [this](const Entry& e) { return !files_.exists(e.url); });
+}
+
+std::vector<std::filesystem::path> RecentCaptures::captureFolders(const BuildTarget& target) const {
+    std::vector<std::filesystem::path> folders;
+    auto add = [&folders](const std::filesystem::path& folder) {
+        const auto normal = folder.lexically_normal();
+        if (std::find(folders.begin(), folders.end(), normal) == folders.end()) folders.push_back(normal);
+    };
+    add(CaptureSaveFolder::captures().configuredURL(defaults_, files_));
+    if (auto pictures = CaptureOutputPolicy::picturesFolder(target, files_)) add(*pictures);
+    return folders;
+}
+
+void RecentCaptures::loadFromDisk(const BuildTarget& target) {
+    std::vector<Entry> found;
+    for (const auto& folder : captureFolders(target)) {
+        auto files = files_.listFiles(folder);
+        if (!files) continue; // an unreadable folder is skipped
+        for (const auto& file : *files) {
+            if (!CaptureFileKinds::isCapture(file.path)) continue;
+            const Clock::time_point addedAt = file.modified == std::filesystem::file_time_type::min()
+                                                  ? Clock::time_point{}
+                                                  : std::chrono::time_point_cast<Clock::duration>(
+                                                        std::chrono::file_clock::to_sys(file.modified));
+            found.push_back({file.path, addedAt, file.size});
+        }
+    }
+    entries_ = trimmed(std::move(found));
+}
+
+void RecentCaptures::enforceRetentionLimit(std::int64_t limit, const BuildTarget& target, CaptureDeletion& deletion) {
+    if (limit < 1) return;
+    const std::vector<Entry> over = excess(entries_, limit);
+    if (over.empty()) return;
+    std::vector<std::filesystem::path> urls;
+    for (const Entry& entry : over) urls.push_back(entry.url);
+    deletion.trashWithoutAsking(urls, [this, target](const std::optional<Error>&) { loadFromDisk(target); });
 }
 
 std::vector<RecentCaptures::Entry> RecentCaptures::trimmed(std::vector<Entry> entries) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "BuildTarget.h"
+#include "CaptureDeletion.h"
+#include "DefaultsStore.h"
 #include "FileManager.h"
 
 #include <chrono>
@@ -25,7 +28,7 @@ public:
         friend bool operator==(const Entry&, const Entry&) = default;
     };
 
-    explicit RecentCaptures(FileManager& files) : files_(files) {}
+    RecentCaptures(FileManager& files, DefaultsStore& defaults) : files_(files), defaults_(defaults) {}
 
     const std::vector<Entry>& entries() const { return entries_; }
     std::function<void()> onRecorded;
@@ -35,6 +38,16 @@ public:
     void record(const std::filesystem::path& url);
     // Drops entries whose file is gone.
     void pruneMissing();
+    // Rebuilds the list from the capture folders: images, movies and sound
+    // files directly inside them, dated by their modification time.
+    void loadFromDisk(const BuildTarget& target);
+    // Moves the captures beyond the newest `limit` to the trash (never deletes
+    // them), then reloads. A limit below 1 keeps everything.
+    void enforceRetentionLimit(std::int64_t limit, const BuildTarget& target, CaptureDeletion& deletion);
+
+    // The configured save folder, then the default one, without repeats: so
+    // captures made before a change of folder keep showing.
+    std::vector<std::filesystem::path> captureFolders(const BuildTarget& target) const;
 
     // Newest first (stable), at most 500.
     static std::vector<Entry> trimmed(std::vector<Entry> entries);
@@ -44,6 +57,7 @@ public:
 
 private:
     FileManager& files_;
+    DefaultsStore& defaults_;
     std::vector<Entry> entries_;
 };
 

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <optional>
 #include <span>
+#include <vector>
 
 namespace tosvar {
 
@@ -29,6 +30,14 @@ public:
                                                  std::span<const std::uint8_t> bytes) = 0;
     virtual bool exists(const std::filesystem::path& path) const = 0;
     virtual std::optional<std::uint64_t> fileSize(const std::filesystem::path& file) const = 0;
+    struct FileInfo {
+        std::filesystem::path path;
+        std::filesystem::file_time_type modified;
+        std::uint64_t size = 0;
+    };
+    // The regular files directly inside `folder`, hidden ones left out;
+    // an error when the folder cannot be read.
+    virtual Expected<std::vector<FileInfo>> listFiles(const std::filesystem::path& folder) const = 0;
     // The user's Pictures folder, if the desktop names one.
     virtual std::optional<std::filesystem::path> picturesDirectory() const = 0;
     virtual std::filesystem::path homeDirectory() const = 0;

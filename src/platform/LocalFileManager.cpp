@@ -43,6 +43,26 @@ std::optional<std::uint64_t> LocalFileManager::fileSize(const std::filesystem::p
     return size;
 }
 
+Expected<std::vector<FileManager::FileInfo>> LocalFileManager::listFiles(const std::filesystem::path& folder) const {
+    std::error_code ec;
+    std::filesystem::directory_iterator it(folder, ec);
+    if (ec) return Error{"cannot list " + quoted(folder) + ": " + ec.message()};
+    std::vector<FileInfo> files;
+    for (; it != std::filesystem::directory_iterator(); it.increment(ec)) {
+        if (ec) return Error{"cannot list " + quoted(folder) + ": " + ec.message()};
+        const auto& entry = *it;
+        if (entry.path().filename().string().starts_with(".")) continue;
+        std::error_code entryError;
+        if (!entry.is_regular_file(entryError)) continue;
+        FileInfo info{entry.path(), entry.last_write_time(entryError), 0};
+        if (entryError) info.modified = std::filesystem::file_time_type::min();
+        info.size = entry.file_size(entryError);
+        if (entryError) info.size = 0;
+        files.push_back(std::move(info));
+    }
+    return files;
+}
+
 std::optional<std::filesystem::path> userDirectoryFromConfig(std::string_view text, std::string_view variable,
                                                              const std::filesystem::path& home) {
     std::size_t start = 0;

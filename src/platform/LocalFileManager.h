@@ -13,6 +13,7 @@ public:
                                          std::span<const std::uint8_t> bytes) override;
     bool exists(const std::filesystem::path& path) const override;
     std::optional<std::uint64_t> fileSize(const std::filesystem::path& file) const override;
+    Expected<std::vector<FileInfo>> listFiles(const std::filesystem::path& folder) const override;
     std::optional<std::filesystem::path> picturesDirectory() const override;
     std::filesystem::path homeDirectory() const override;
     Expected<Bytes> makeFolderBookmark(const std::filesystem::path& folder) override;

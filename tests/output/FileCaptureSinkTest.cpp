@@ -41,7 +41,7 @@ protected:
     ScriptedFileManager files;
     FakePasteboard pasteboard;
     OwnPasteboardLedger ledger;
-    RecentCaptures recents{files};
+    RecentCaptures recents{files, defaults};
     std::vector<std::pair<std::string, double>> toasts;
     FileCaptureSink sink{recents, pasteboard, ledger, defaults, files,
                          [this](std::string_view key, double seconds) { toasts.emplace_back(key, seconds); }};

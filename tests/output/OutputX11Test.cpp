@@ -53,7 +53,7 @@ TEST(OutputX11, ClipboardHoldsTheMarkersAndTheFileBytes) {
     LocalFileManager files;
     QtPasteboard pasteboard;
     OwnPasteboardLedger ledger;
-    RecentCaptures recents(files);
+    RecentCaptures recents(files, defaults);
     FileCaptureSink sink(recents, pasteboard, ledger, defaults, files, nullptr);
     std::optional<CaptureDelivery> delivered;
     sink.onDelivered = [&](const CaptureDelivery& d) { delivered = d; };

@@ -29,6 +29,9 @@ public:
     std::optional<std::uint64_t> fileSize(const std::filesystem::path& file) const override {
         return real.fileSize(file);
     }
+    Expected<std::vector<FileInfo>> listFiles(const std::filesystem::path& folder) const override {
+        return real.listFiles(folder);
+    }
     std::optional<std::filesystem::path> picturesDirectory() const override {
         return pictures ? pictures : real.picturesDirectory();
     }
