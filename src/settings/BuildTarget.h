@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,8 @@ struct BuildTarget {
     static const BuildTarget& current();
     // "app.vemla.tosvar": also the program's well-known name on the session bus.
     static const char* applicationIdentifier();
+    // Identifiers of the products that share the "app.vemla" prefix without being it.
+    static constexpr std::array<const char*, 2> nonVemlaBundleIDPrefixes() { return {"app.vemla.tosvar", "app.vemla.sedlo"}; }
     // "app.vemla.tosvar…" gives tosvar, "app.vemla.sedlo…" sedlo, anything else vemla.
     static BuildTarget fromIdentifier(std::string_view applicationIdentifier, BuildChannel channel);
 

@@ -80,7 +80,7 @@ protected:
     CaptureDeletion deletion{defaults, alerts, trash};
     WorkerPool workers{1, "test.decorate"};
     AppSettings settings;
-    std::vector<fakes::Countdown*> countdowns;
+    std::vector<std::shared_ptr<fakes::Countdown::Record>> countdowns;
     std::vector<std::string> toasts;
     std::mutex logMutex;
     std::vector<std::string> logged;
@@ -91,9 +91,8 @@ protected:
         [this](std::function<void()> work) { workers.detach(std::move(work)); }, pasteboard, ledger, screens, desk,
         deletion, region, recording, audio, hud, presentation, scroll, translation, stickers, cards, shadow,
         [this](int seconds, const Rect&) {
-            auto countdown = std::make_unique<fakes::Countdown>(queue, seconds);
-            countdowns.push_back(countdown.get());
-            return countdown;
+            countdowns.push_back(std::make_shared<fakes::Countdown::Record>(fakes::Countdown::Record{seconds, false}));
+            return std::make_unique<fakes::Countdown>(queue, countdowns.back());
         },
         recognizer, permission, fullScreen, saver, thumbnailer});
 };

@@ -172,15 +172,20 @@ struct Shadow final : DropShadowDecorator {
     }
 };
 
+// Finishes after its seconds of virtual time. What happened to it is kept in
+// `record`, which outlives the countdown the coordinator releases.
 struct Countdown final : RecordingCountdown {
+    struct Record {
+        int seconds = 0;
+        bool cancelled = false;
+    };
     MainQueue& queue;
-    int seconds;
+    std::shared_ptr<Record> record;
     TimerHandle timer;
-    bool cancelled = false;
-    Countdown(MainQueue& q, int s) : queue(q), seconds(s) {}
-    void run(std::function<void()> onFinished) override { timer = queue.after(seconds, std::move(onFinished)); }
+    Countdown(MainQueue& q, std::shared_ptr<Record> r) : queue(q), record(std::move(r)) {}
+    void run(std::function<void()> onFinished) override { timer = queue.after(record->seconds, std::move(onFinished)); }
     void cancel() override {
-        cancelled = true;
+        record->cancelled = true;
         timer.cancel();
     }
 };
