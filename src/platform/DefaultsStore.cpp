@@ -69,31 +69,39 @@ std::optional<std::string> toString(const DefaultsValue& value) {
 
 } // namespace DefaultsConversion
 
+namespace {
+
+// The stored (or registered) value of `key`, converted; none when either is missing.
+template <typename T>
+std::optional<T> readAs(const DefaultsStore& store, const std::string& key,
+                        std::optional<T> (*convert)(const DefaultsValue&)) {
+    const std::optional<DefaultsValue> value = store.value(key);
+    return value ? convert(*value) : std::nullopt;
+}
+
+std::optional<Bytes> toBytes(const DefaultsValue& value) {
+    if (const auto* bytes = std::get_if<Bytes>(&value)) return *bytes;
+    return std::nullopt;
+}
+
+} // namespace
+
 std::optional<bool> DefaultsStore::boolean(const std::string& key) const {
-    auto v = value(key);
-    return v ? DefaultsConversion::toBoolean(*v) : std::nullopt;
+    return readAs(*this, key, DefaultsConversion::toBoolean);
 }
 
 std::optional<std::int64_t> DefaultsStore::integer(const std::string& key) const {
-    auto v = value(key);
-    return v ? DefaultsConversion::toInteger(*v) : std::nullopt;
+    return readAs(*this, key, DefaultsConversion::toInteger);
 }
 
 std::optional<double> DefaultsStore::real(const std::string& key) const {
-    auto v = value(key);
-    return v ? DefaultsConversion::toReal(*v) : std::nullopt;
+    return readAs(*this, key, DefaultsConversion::toReal);
 }
 
 std::optional<std::string> DefaultsStore::string(const std::string& key) const {
-    auto v = value(key);
-    return v ? DefaultsConversion::toString(*v) : std::nullopt;
+    return readAs(*this, key, DefaultsConversion::toString);
 }
 
-std::optional<Bytes> DefaultsStore::bytes(const std::string& key) const {
-    auto v = value(key);
-    if (!v) return std::nullopt;
-    if (auto b = std::get_if<Bytes>(&*v)) return *b;
-    return std::nullopt;
-}
+std::optional<Bytes> DefaultsStore::bytes(const std::string& key) const { return readAs(*this, key, toBytes); }
 
 } // namespace tosvar

@@ -1,20 +1,15 @@
 #include "AtomicFile.h"
 
+#include "FileContents.h"
+
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <sstream>
 
 using tosvar::AtomicFile;
+using tosvar::readFileText;
 
 namespace {
-
-std::string contents(const std::filesystem::path& path) {
-    std::ifstream file(path);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
 
 class AtomicFileTest : public ::testing::Test {
 protected:
@@ -36,7 +31,7 @@ TEST_F(AtomicFileTest, ReplacesAndCreatesParents) {
     const auto target = folder / "a" / "b" / "file.txt";
     ASSERT_FALSE(AtomicFile::write(target, "first"));
     ASSERT_FALSE(AtomicFile::write(target, "second"));
-    EXPECT_EQ(contents(target), "second");
+    EXPECT_EQ(readFileText(target).value(), "second");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(target.parent_path()), {}), 1);
 }
 
@@ -49,7 +44,7 @@ TEST_F(AtomicFileTest, AbandonedWriteLeavesTargetAndNoTemporary) {
         const std::string text = "half";
         file.write(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
     }
-    EXPECT_EQ(contents(target), "original");
+    EXPECT_EQ(readFileText(target).value(), "original");
     EXPECT_EQ(entries(), 1u);
 }
 

@@ -3,21 +3,15 @@
 #include "IsolatedEnvironment.h"
 #include "Log.h"
 
+#include "FileContents.h"
+
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <sstream>
 
 using namespace tosvar;
 
 namespace {
-
-std::string readText(const std::filesystem::path& path) {
-    std::ifstream file(path);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
 
 void writeText(const std::filesystem::path& path, const std::string& text) {
     std::filesystem::create_directories(path.parent_path());
@@ -73,7 +67,7 @@ TEST_F(JsonFileDefaultsStoreTest, RegisteredDefaultsAnswerButAreNeverWritten) {
     store.remove("fps");
     EXPECT_EQ(store.integer("fps"), 30);
     store.set("other", true);
-    EXPECT_EQ(readText(file).find("snap"), std::string::npos);
+    EXPECT_EQ(readFileText(file).value().find("snap"), std::string::npos);
 }
 
 TEST_F(JsonFileDefaultsStoreTest, CorruptFileIsSetAsideNotOverwritten) {
@@ -87,10 +81,10 @@ TEST_F(JsonFileDefaultsStoreTest, CorruptFileIsSetAsideNotOverwritten) {
     for (const auto& entry : std::filesystem::directory_iterator(file.parent_path()))
         if (entry.path().filename().string().starts_with("defaults.json.corrupt-")) aside = entry.path();
     ASSERT_FALSE(aside.empty());
-    EXPECT_EQ(readText(aside), "{\"screenshotDelaySeconds\": 3,, oops");
+    EXPECT_EQ(readFileText(aside).value(), "{\"screenshotDelaySeconds\": 3,, oops");
 
     store.set("recordingFPS", std::int64_t{24});
-    EXPECT_EQ(readText(aside), "{\"screenshotDelaySeconds\": 3,, oops");
+    EXPECT_EQ(readFileText(aside).value(), "{\"screenshotDelaySeconds\": 3,, oops");
     EXPECT_EQ(JsonFileDefaultsStore(file).integer("recordingFPS"), 24);
 }
 

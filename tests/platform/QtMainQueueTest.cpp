@@ -1,5 +1,7 @@
 #include "QtMainQueue.h"
 
+#include "TestApplication.h"
+
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QTimer>
@@ -12,14 +14,6 @@
 using namespace tosvar;
 
 namespace {
-
-QCoreApplication& application() {
-    static int argc = 1;
-    static char name[] = "platform_tests";
-    static char* argv[] = {name, nullptr};
-    static QCoreApplication app(argc, argv);
-    return app;
-}
 
 // Spins the event loop until `done` or a generous limit.
 void spinUntil(const std::function<bool()>& done, int limitMs = 5000) {
@@ -36,7 +30,7 @@ void spinUntil(const std::function<bool()>& done, int limitMs = 5000) {
 } // namespace
 
 TEST(QtMainQueue, TimersRunInOrderAndCancelledOnesDoNot) {
-    application();
+    testApplication<QCoreApplication>();
     QtMainQueue queue;
     std::string log;
     queue.after(0.03, [&] { log += "late "; });
@@ -50,7 +44,7 @@ TEST(QtMainQueue, TimersRunInOrderAndCancelledOnesDoNot) {
 }
 
 TEST(QtMainQueue, RepeatingTimerAndAsyncFromAnotherThread) {
-    application();
+    testApplication<QCoreApplication>();
     QtMainQueue queue;
     int ticks = 0;
     TimerHandle timer;

@@ -1,6 +1,7 @@
 #include "CardDragImage.h"
 #include "QtAlertPresenter.h"
 #include "ScreenshotToast.h"
+#include "TestApplication.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -14,14 +15,6 @@
 using namespace tosvar;
 
 namespace {
-
-QApplication& application() {
-    static int argc = 1;
-    static char name[] = "ui_tests";
-    static char* argv[] = {name, nullptr};
-    static QApplication app(argc, argv);
-    return app;
-}
 
 // Answers the next message box: ticks its check box if asked, then presses button `index`.
 void answerNextBox(int index, bool tick, QString* seenText = nullptr) {
@@ -48,7 +41,7 @@ TEST(ScreenshotToast, StandsCentredAboveTheBottomOfTheVisibleFrame) {
 }
 
 TEST(ScreenshotToast, ShowsAndGoesAway) {
-    application();
+    testApplication<QApplication>();
     ScreenshotToast::show(QStringLiteral("Copied"), 0.05);
     auto toastWindows = [] {
         int count = 0;
@@ -66,7 +59,7 @@ TEST(ScreenshotToast, ShowsAndGoesAway) {
 }
 
 TEST(QtAlertPresenter, ReportsTheButtonAndTheSuppressionBoxEvenOnCancel) {
-    application();
+    testApplication<QApplication>();
     QtAlertPresenter presenter(echoKey);
     AlertRequest request;
     request.message = {"delete.confirm.title.one", {"shot.png"}};
@@ -88,7 +81,7 @@ TEST(QtAlertPresenter, ReportsTheButtonAndTheSuppressionBoxEvenOnCancel) {
 }
 
 TEST(CardDragImage, FillsCentredAndRoundsTheCorners) {
-    application();
+    testApplication<QApplication>();
     QImage wide(200, 100, QImage::Format_ARGB32_Premultiplied);
     wide.fill(Qt::blue);
     for (int y = 0; y < 100; ++y)
