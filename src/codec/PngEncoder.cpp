@@ -1,11 +1,13 @@
 #include "PngEncoder.h"
 
+#include "AtomicFile.h"
+
 #include "PixelConversion.h"
+#include "PngWholeEncoder.h"
 
 #include <png.h>
 
 #include <csetjmp>
-#include <cstdio>
 #include <string>
 
 namespace tosvar {
@@ -126,30 +128,15 @@ std::optional<Error> PngEncoder::finish() {
 }
 
 Expected<std::vector<std::uint8_t>> PngEncoder::encode(const ImageBuffer& image, PngEncodeOptions options) {
-    std::vector<std::uint8_t> bytes;
-    bytes.reserve(image.byteCount() / 4);
-    PngEncoder encoder(
-        [&bytes](const std::uint8_t* data, std::size_t count) {
-            bytes.insert(bytes.end(), data, data + count);
-            return true;
-        },
-        image.width(), image.height(), image.isOpaque(), options);
-    if (auto error = encoder.writeRows(image)) return *error;
-    if (auto error = encoder.finish()) return *error;
-    return bytes;
+    return PngWholeEncoder::encode(image, options.compressionLevel);
 }
 
 std::optional<Error> PngEncoder::writeFile(const ImageBuffer& image, const std::filesystem::path& path,
                                            PngEncodeOptions options) {
-    std::FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file) return Error{"PNG encode: cannot open " + path.string() + " for writing"};
-    PngEncoder encoder(
-        [file](const std::uint8_t* data, std::size_t count) { return std::fwrite(data, 1, count, file) == count; },
-        image.width(), image.height(), image.isOpaque(), options);
-    std::optional<Error> error = encoder.writeRows(image);
-    if (!error) error = encoder.finish();
-    if (std::fclose(file) != 0 && !error) error = Error{"PNG encode: cannot finish writing " + path.string()};
-    return error;
+    Expected<std::vector<std::uint8_t>> png = encode(image, options);
+    if (!png) return png.error();
+    if (auto error = AtomicFile::write(path, *png)) return Error{"PNG encode: " + error->message};
+    return std::nullopt;
 }
 
 } // namespace tosvar

@@ -13,8 +13,9 @@
 namespace tosvar {
 
 struct PngEncodeOptions {
-    // zlib level 0-9. Screenshots are flat colour and text, where the low levels
-    // already find most of the redundancy at a fraction of the time.
+    // Deflate level: 0-9 for the streaming writer, 0-12 for whole images.
+    // Screenshots are flat colour and text, where the low levels already find
+    // most of the redundancy at a fraction of the time.
     int compressionLevel = 2;
 };
 
@@ -37,7 +38,7 @@ public:
     // Ends the stream; an image with rows still missing is an error.
     std::optional<Error> finish();
 
-    // Whole-image conveniences.
+    // Whole images in memory, in one pass (see PngWholeEncoder).
     static Expected<std::vector<std::uint8_t>> encode(const ImageBuffer& image, PngEncodeOptions options = {});
     static std::optional<Error> writeFile(const ImageBuffer& image, const std::filesystem::path& path,
                                           PngEncodeOptions options = {});

@@ -84,10 +84,8 @@ TEST(PngCodec, OpaqueImagesAreWrittenWithoutAlpha) {
     EXPECT_EQ((*translucent)[25], 6); // RGBA
 }
 
-TEST(PngCodec, BandedWritingMatchesWholeImage) {
+TEST(PngCodec, BandedWritingGivesTheSameImage) {
     const ImageBuffer image = screenLike(120, 301);
-    const auto whole = PngEncoder::encode(image);
-    ASSERT_TRUE(whole);
     std::vector<std::uint8_t> banded;
     PngEncoder encoder(
         [&](const std::uint8_t* bytes, std::size_t count) {
@@ -98,7 +96,7 @@ TEST(PngCodec, BandedWritingMatchesWholeImage) {
     for (int y = 0; y < image.height(); y += 64)
         ASSERT_FALSE(encoder.writeRows(image.cropped({0, y, image.width(), 64})));
     ASSERT_FALSE(encoder.finish());
-    EXPECT_EQ(banded, *whole);
+    EXPECT_TRUE(decodedOrFail(banded).samePixels(image));
 }
 
 TEST(PngCodec, EncoderRefusesMisuse) {
