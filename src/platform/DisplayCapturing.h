@@ -1,0 +1,34 @@
+#pragma once
+
+#include "ImageBuffer.h"
+#include "ScreenLayout.h"
+
+#include <optional>
+
+namespace tosvar {
+
+// A display frozen into an image: its pixels, where it stands, and how many
+// pixels make a point.
+struct CapturedDisplay {
+    ImageBuffer image;
+    ScreenInfo screen;
+    double scale = 1;
+};
+
+// Reads whole displays off the screen.
+class DisplayCapturing {
+public:
+    virtual ~DisplayCapturing() = default;
+
+    virtual std::optional<CapturedDisplay> capture(const ScreenInfo& screen) = 0;
+
+    // The display whose frame holds the pointer; none when no display does.
+    std::optional<CapturedDisplay> captureScreenUnderCursor(const ScreenLayout& layout) {
+        const Point mouse = layout.mouseLocation();
+        for (const ScreenInfo& screen : layout.screens())
+            if (screen.frame.contains(mouse)) return capture(screen);
+        return std::nullopt;
+    }
+};
+
+} // namespace tosvar

@@ -1,0 +1,156 @@
+#include "X11DisplayCapturer.h"
+
+#include "Log.h"
+#include "ScreenCoordinates.h"
+
+#include <xcb/shm.h>
+#include <xcb/xcb.h>
+
+#include <sys/ipc.h>
+#include <sys/shm.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace tosvar {
+
+struct X11DisplayCapturer::Connection {
+    xcb_connection_t* xcb = nullptr;
+    xcb_window_t root = 0;
+    int rootWidth = 0;
+    int rootHeight = 0;
+    int depth = 0;
+    bool shm = false;
+
+    ~Connection() {
+        if (xcb) xcb_disconnect(xcb);
+    }
+};
+
+namespace {
+
+// A shared-memory segment attached to us and to the server for one grab.
+class SharedSegment {
+public:
+    SharedSegment(xcb_connection_t* xcb, std::size_t bytes) : xcb_(xcb) {
+        id_ = ::shmget(IPC_PRIVATE, bytes, IPC_CREAT | 0600);
+        if (id_ < 0) return;
+        void* address = ::shmat(id_, nullptr, 0);
+        ::shmctl(id_, IPC_RMID, nullptr); // freed once both sides detach
+        if (address == reinterpret_cast<void*>(-1)) return;
+        data_ = static_cast<std::uint8_t*>(address);
+        seg_ = xcb_generate_id(xcb_);
+        xcb_generic_error_t* error = xcb_request_check(xcb_, xcb_shm_attach_checked(xcb_, seg_, static_cast<std::uint32_t>(id_), 0));
+        attached_ = error == nullptr;
+        std::free(error);
+    }
+    ~SharedSegment() {
+        if (attached_) xcb_shm_detach(xcb_, seg_);
+        if (data_) ::shmdt(data_);
+    }
+    SharedSegment(const SharedSegment&) = delete;
+    SharedSegment& operator=(const SharedSegment&) = delete;
+
+    bool usable() const { return attached_; }
+    xcb_shm_seg_t segment() const { return seg_; }
+    const std::uint8_t* data() const { return data_; }
+
+private:
+    xcb_connection_t* xcb_;
+    int id_ = -1;
+    std::uint8_t* data_ = nullptr;
+    xcb_shm_seg_t seg_ = 0;
+    bool attached_ = false;
+};
+
+// Copies BGRX rows into an image, making the padding byte an opaque alpha.
+ImageBuffer opaqueImage(const std::uint8_t* pixels, int width, int height) {
+    MutableImage image(width, height, PixelOrder::bgra, PixelMemoryFill::uninitialized);
+    const std::size_t rowBytes = static_cast<std::size_t>(width) * 4;
+    for (int y = 0; y < height; ++y) {
+        std::uint8_t* row = image.row(y);
+        std::memcpy(row, pixels + static_cast<std::size_t>(y) * rowBytes, rowBytes);
+        for (int x = 0; x < width; ++x) row[4 * x + 3] = 255;
+    }
+    return std::move(image).freeze();
+}
+
+} // namespace
+
+X11DisplayCapturer::X11DisplayCapturer(Rect mainGlobalFrame, const std::string& display)
+    : connection_(std::make_unique<Connection>()), mainGlobalFrame_(mainGlobalFrame) {
+    Connection& c = *connection_;
+    c.xcb = xcb_connect(display.empty() ? nullptr : display.c_str(), nullptr);
+    if (xcb_connection_has_error(c.xcb)) {
+        logLine("display grab: cannot connect to the X server");
+        return;
+    }
+    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(c.xcb)).data;
+    c.root = screen->root;
+    c.rootWidth = screen->width_in_pixels;
+    c.rootHeight = screen->height_in_pixels;
+    c.depth = screen->root_depth;
+    xcb_shm_query_version_reply_t* version = xcb_shm_query_version_reply(c.xcb, xcb_shm_query_version(c.xcb), nullptr);
+    c.shm = version != nullptr;
+    std::free(version);
+}
+
+X11DisplayCapturer::~X11DisplayCapturer() = default;
+
+bool X11DisplayCapturer::isConnected() const { return connection_->xcb && !xcb_connection_has_error(connection_->xcb); }
+
+std::optional<CapturedDisplay> X11DisplayCapturer::capture(const ScreenInfo& screen) {
+    if (!isConnected()) return std::nullopt;
+    Connection& c = *connection_;
+    if (c.depth != 24 && c.depth != 32) {
+        logLine("display grab: a " + std::to_string(c.depth) + "-bit screen is not supported");
+        return std::nullopt;
+    }
+    const auto started = std::chrono::steady_clock::now();
+    const Rect global = ScreenCoordinates::toGlobal(screen.frame, mainGlobalFrame_);
+    const double scale = screen.backingScale > 0 ? screen.backingScale : 1;
+    const PixelRect area = PixelRect{static_cast<int>(std::lround(global.minX() * scale)),
+                                     static_cast<int>(std::lround(global.minY() * scale)),
+                                     static_cast<int>(std::lround(global.width() * scale)),
+                                     static_cast<int>(std::lround(global.height() * scale))}
+                               .intersection({0, 0, c.rootWidth, c.rootHeight});
+    if (area.isEmpty()) return std::nullopt;
+
+    ImageBuffer image;
+    const std::size_t bytes = static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height) * 4;
+    if (c.shm) {
+        SharedSegment segment(c.xcb, bytes);
+        if (segment.usable()) {
+            xcb_shm_get_image_reply_t* reply = xcb_shm_get_image_reply(
+                c.xcb,
+                xcb_shm_get_image(c.xcb, c.root, static_cast<std::int16_t>(area.x), static_cast<std::int16_t>(area.y),
+                                  static_cast<std::uint16_t>(area.width), static_cast<std::uint16_t>(area.height), ~0u,
+                                  XCB_IMAGE_FORMAT_Z_PIXMAP, segment.segment(), 0),
+                nullptr);
+            if (reply) image = opaqueImage(segment.data(), area.width, area.height);
+            std::free(reply);
+        }
+    }
+    if (image.isEmpty()) {
+        xcb_get_image_reply_t* reply = xcb_get_image_reply(
+            c.xcb,
+            xcb_get_image(c.xcb, XCB_IMAGE_FORMAT_Z_PIXMAP, c.root, static_cast<std::int16_t>(area.x),
+                          static_cast<std::int16_t>(area.y), static_cast<std::uint16_t>(area.width),
+                          static_cast<std::uint16_t>(area.height), ~0u),
+            nullptr);
+        if (reply && static_cast<std::size_t>(xcb_get_image_data_length(reply)) >= bytes)
+            image = opaqueImage(xcb_get_image_data(reply), area.width, area.height);
+        std::free(reply);
+    }
+    const double ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - started).count();
+    char line[96];
+    std::snprintf(line, sizeof line, "display grab: root=%.0fms%s", ms, image.isEmpty() ? " (failed)" : "");
+    logLine(line);
+    if (image.isEmpty()) return std::nullopt;
+    return CapturedDisplay{image, screen, static_cast<double>(area.width) / std::max(1.0, screen.frame.width())};
+}
+
+} // namespace tosvar
