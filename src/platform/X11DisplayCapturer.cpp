@@ -17,25 +17,13 @@
 
 namespace tosvar {
 
-struct X11DisplayCapturer::Connection {
-    xcb_connection_t* xcb = nullptr;
-    xcb_window_t root = 0;
-    int rootWidth = 0;
-    int rootHeight = 0;
-    int depth = 0;
-    bool shm = false;
-
-    ~Connection() {
-        if (xcb) xcb_disconnect(xcb);
-    }
-};
-
 namespace {
 
-// A shared-memory segment attached to us and to the server for one grab.
+// A shared-memory segment attached to us and to the server, kept for later
+// grabs: making one costs more than the grab itself.
 class SharedSegment {
 public:
-    SharedSegment(xcb_connection_t* xcb, std::size_t bytes) : xcb_(xcb) {
+    SharedSegment(xcb_connection_t* xcb, std::size_t bytes) : xcb_(xcb), capacity_(bytes) {
         id_ = ::shmget(IPC_PRIVATE, bytes, IPC_CREAT | 0600);
         if (id_ < 0) return;
         void* address = ::shmat(id_, nullptr, 0);
@@ -55,16 +43,42 @@ public:
     SharedSegment& operator=(const SharedSegment&) = delete;
 
     bool usable() const { return attached_; }
+    std::size_t capacity() const { return capacity_; }
     xcb_shm_seg_t segment() const { return seg_; }
     const std::uint8_t* data() const { return data_; }
 
 private:
     xcb_connection_t* xcb_;
+    std::size_t capacity_;
     int id_ = -1;
     std::uint8_t* data_ = nullptr;
     xcb_shm_seg_t seg_ = 0;
     bool attached_ = false;
 };
+
+} // namespace
+
+struct X11DisplayCapturer::Connection {
+    xcb_connection_t* xcb = nullptr;
+    xcb_window_t root = 0;
+    int rootWidth = 0;
+    int rootHeight = 0;
+    int depth = 0;
+    bool shm = false;
+    std::unique_ptr<SharedSegment> segment; // detached before the connection closes
+
+    ~Connection() {
+        segment.reset();
+        if (xcb) xcb_disconnect(xcb);
+    }
+
+    SharedSegment* segmentFor(std::size_t bytes) {
+        if (!segment || segment->capacity() < bytes) segment = std::make_unique<SharedSegment>(xcb, bytes);
+        return segment->usable() ? segment.get() : nullptr;
+    }
+};
+
+namespace {
 
 // Copies BGRX rows into an image, making the padding byte an opaque alpha.
 ImageBuffer opaqueImage(const std::uint8_t* pixels, int width, int height) {
@@ -121,18 +135,15 @@ std::optional<CapturedDisplay> X11DisplayCapturer::capture(const ScreenInfo& scr
 
     ImageBuffer image;
     const std::size_t bytes = static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height) * 4;
-    if (c.shm) {
-        SharedSegment segment(c.xcb, bytes);
-        if (segment.usable()) {
-            xcb_shm_get_image_reply_t* reply = xcb_shm_get_image_reply(
-                c.xcb,
-                xcb_shm_get_image(c.xcb, c.root, static_cast<std::int16_t>(area.x), static_cast<std::int16_t>(area.y),
-                                  static_cast<std::uint16_t>(area.width), static_cast<std::uint16_t>(area.height), ~0u,
-                                  XCB_IMAGE_FORMAT_Z_PIXMAP, segment.segment(), 0),
-                nullptr);
-            if (reply) image = opaqueImage(segment.data(), area.width, area.height);
-            std::free(reply);
-        }
+    if (SharedSegment* segment = c.shm ? c.segmentFor(bytes) : nullptr) {
+        xcb_shm_get_image_reply_t* reply = xcb_shm_get_image_reply(
+            c.xcb,
+            xcb_shm_get_image(c.xcb, c.root, static_cast<std::int16_t>(area.x), static_cast<std::int16_t>(area.y),
+                              static_cast<std::uint16_t>(area.width), static_cast<std::uint16_t>(area.height), ~0u,
+                              XCB_IMAGE_FORMAT_Z_PIXMAP, segment->segment(), 0),
+            nullptr);
+        if (reply) image = opaqueImage(segment->data(), area.width, area.height);
+        std::free(reply);
     }
     if (image.isEmpty()) {
         xcb_get_image_reply_t* reply = xcb_get_image_reply(
