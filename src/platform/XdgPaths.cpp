@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* appFolder = "tosvar";
 
-// The specification ignores relative values.
+// The XDG base-directory rules ignore relative values.
 std::filesystem::path fromEnvironment(const char* variable, const std::filesystem::path& fallback) {
     const char* value = std::getenv(variable);
     if (value && value[0] == '/') return value;
