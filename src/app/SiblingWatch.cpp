@@ -1,0 +1,33 @@
+#include "SiblingWatch.h"
+
+#include "BuildTarget.h"
+#include "SiblingApp.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+
+namespace tosvar {
+
+SiblingWatch::SiblingWatch(std::function<void(bool)> onChange) : onChange_(std::move(onChange)) {
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) return;
+    running_ = scan();
+    QObject::connect(bus.interface(), &QDBusConnectionInterface::serviceOwnerChanged, this,
+                     [this](const QString& name, const QString&, const QString&) {
+                         if (!SiblingApp::matches(name.toStdString(), SiblingApp::bundleIdentifier)) return;
+                         const bool now = scan();
+                         if (now == running_) return;
+                         running_ = now;
+                         if (onChange_) onChange_(now);
+                     });
+}
+
+bool SiblingWatch::scan() const {
+    const QStringList names = QDBusConnection::sessionBus().interface()->registeredServiceNames().value();
+    std::vector<std::string> identifiers;
+    identifiers.reserve(static_cast<std::size_t>(names.size()));
+    for (const QString& name : names) identifiers.push_back(name.toStdString());
+    return SiblingApp::isRunning(identifiers, BuildTarget::applicationIdentifier());
+}
+
+} // namespace tosvar

@@ -1,0 +1,46 @@
+#include "SiblingWatch.h"
+
+#include "SessionBus.h"
+#include "TestApplication.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QElapsedTimer>
+
+#include <gtest/gtest.h>
+
+using namespace tosvar;
+
+namespace {
+
+template <typename Condition>
+bool waitFor(Condition condition) {
+    QElapsedTimer clock;
+    clock.start();
+    while (!condition() && clock.elapsed() < 5000) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    return condition();
+}
+
+} // namespace
+
+TEST(SiblingWatch, NoticesTheSiblingComingAndGoing) {
+    SessionBus bus;
+    testApplication<QApplication>();
+    std::vector<bool> changes;
+    SiblingWatch watch([&](bool running) { changes.push_back(running); });
+    EXPECT_FALSE(watch.isRunning());
+
+    // The sibling is another program: another connection to the bus.
+    QDBusConnection sibling = QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("sibling"));
+    ASSERT_TRUE(sibling.isConnected());
+    ASSERT_TRUE(sibling.registerService(QStringLiteral("app.vemla.tosvar.helper"))); // our own family: not the sibling
+    ASSERT_TRUE(sibling.registerService(QStringLiteral("app.vemla")));
+    ASSERT_TRUE(waitFor([&] { return !changes.empty(); }));
+    EXPECT_TRUE(watch.isRunning());
+
+    sibling.unregisterService(QStringLiteral("app.vemla"));
+    ASSERT_TRUE(waitFor([&] { return changes.size() == 2; }));
+    EXPECT_EQ(changes, (std::vector<bool>{true, false}));
+    QDBusConnection::disconnectFromBus(QStringLiteral("sibling"));
+}
