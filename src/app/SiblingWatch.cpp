@@ -5,6 +5,7 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QDBusServiceWatcher>
 
 namespace tosvar {
 
@@ -12,14 +13,18 @@ SiblingWatch::SiblingWatch(std::function<void(bool)> onChange) : onChange_(std::
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) return;
     running_ = scan();
-    QObject::connect(bus.interface(), &QDBusConnectionInterface::serviceOwnerChanged, this,
-                     [this](const QString& name, const QString&, const QString&) {
-                         if (!SiblingApp::matches(name.toStdString(), SiblingApp::bundleIdentifier)) return;
-                         const bool now = scan();
-                         if (now == running_) return;
-                         running_ = now;
-                         if (onChange_) onChange_(now);
-                     });
+    const QString family = QString::fromLatin1(SiblingApp::bundleIdentifier);
+    auto* watcher = new QDBusServiceWatcher(this);
+    watcher->setConnection(bus);
+    watcher->setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+    watcher->setWatchedServices({family, family + QStringLiteral(".*")});
+    QObject::connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, [this](const QString& name) {
+        if (!SiblingApp::matches(name.toStdString(), SiblingApp::bundleIdentifier)) return;
+        const bool now = scan();
+        if (now == running_) return;
+        running_ = now;
+        if (onChange_) onChange_(now);
+    });
 }
 
 bool SiblingWatch::scan() const {

@@ -1,20 +1,31 @@
 // The program's entry. With no argument it starts the application; with an
 // action it hands the action to the running instance and exits.
 //
-// The tray menu and the capture sessions are not part of this build yet: the
-// application shows a window saying so, serves its actions on the session bus,
-// and answers every action it cannot carry out with a clear error.
+// The capture sessions are not part of this build yet: the application puts
+// its menu in the tray (and, where no tray exists, a window saying it runs),
+// serves its actions on the session bus, and answers every action it cannot
+// carry out with a clear message.
 #include "AppBusClient.h"
 #include "AppBusService.h"
 #include "BuildTarget.h"
 #include "CommandLineRequest.h"
+#include "CaptureOutputPolicy.h"
 #include "JsonFileDefaultsStore.h"
+#include "LocalFileManager.h"
+#include "LocalizationManager.h"
 #include "Log.h"
+#include "QtWorkspace.h"
+#include "RecentCaptures.h"
+#include "ScreenshotToast.h"
 #include "SettingsStore.h"
+#include "SiblingApp.h"
+#include "SiblingWatch.h"
+#include "StatusMenuView.h"
 
 #include <QApplication>
 #include <QDBusConnection>
 #include <QLabel>
+#include <QSystemTrayIcon>
 
 #include <iostream>
 
@@ -50,6 +61,57 @@ ActionOutcome perform(const CommandLineRequest& request) {
     return {ActionOutcome::Kind::notBuilt, "the \"" + request.action + "\" action is not built into this version yet"};
 }
 
+// The tray menu, rebuilt from state each time it opens.
+class StatusMenu {
+public:
+    StatusMenu() : recents_(files_, tosvar::SettingsStore::standardDefaults()) {
+        QObject::connect(&menu_, &QMenu::aboutToShow, &menu_, [this] { rebuild(); });
+        rebuild();
+    }
+    QMenu* menu() { return &menu_; }
+
+private:
+    void rebuild() {
+        tosvar::StatusMenuState state;
+        state.settings = tosvar::SettingsStore().load();
+        recents_.loadFromDisk(tosvar::BuildTarget::current());
+        for (const auto& entry : recents_.entries()) state.recentCaptures.push_back(entry.url);
+        state.siblingIsRunning = sibling_.isRunning();
+        state.siblingDisplayName = tosvar::SiblingApp::displayName;
+        const tosvar::StatusMenuPresentation presentation{
+            [](const std::string& key, const std::vector<std::string>& arguments) {
+                std::vector<tosvar::FormatArgument> values(arguments.begin(), arguments.end());
+                return tosvar::LocalizationManager::shared().string(key, values);
+            },
+            nullptr};
+        tosvar::StatusMenuView::fill(menu_, tosvar::StatusMenuModel::build(state), presentation,
+                                     [this](tosvar::StatusMenuAction action, const std::filesystem::path& file) {
+                                         perform(action, file);
+                                     });
+    }
+
+    void perform(tosvar::StatusMenuAction action, const std::filesystem::path& file) {
+        using tosvar::StatusMenuAction;
+        switch (action) {
+        case StatusMenuAction::quit: QApplication::quit(); return;
+        case StatusMenuAction::openRecent: workspace_.open(file); return;
+        case StatusMenuAction::revealCaptureFolder:
+            if (auto folder = tosvar::CaptureOutputPolicy::picturesFolder(tosvar::BuildTarget::current(), files_))
+                workspace_.reveal(*folder);
+            return;
+        default:
+            tosvar::ScreenshotToast::show(QString::fromStdString(tosvar::L("tosvar.toast.notBuilt")),
+                                          tosvar::ScreenshotToast::captureSeconds);
+        }
+    }
+
+    tosvar::LocalFileManager files_;
+    tosvar::RecentCaptures recents_;
+    tosvar::SiblingWatch sibling_{nullptr};
+    tosvar::QtWorkspace workspace_;
+    QMenu menu_;
+};
+
 int runApplication(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QString::fromStdString(tosvar::BuildTarget::current().displayName()));
@@ -65,17 +127,23 @@ int runApplication(int argc, char** argv) {
     }
 
     const tosvar::AppSettings settings = tosvar::SettingsStore().load();
-    tosvar::logLine("settings loaded from " + tosvar::JsonFileDefaultsStore::standardPath().string() +
-                    "; screenshot hotkey " + (settings.screenshotHotkey ? "set" : "cleared"));
+    tosvar::LocalizationManager::shared().apply(settings.appLanguage);
+    tosvar::logLine("settings loaded from " + tosvar::JsonFileDefaultsStore::standardPath().string() + "; " +
+                    tosvar::LocalizationManager::shared().diagnosticDescription());
 
-    QLabel placeholder(QStringLiteral("Tosvar\n\nThe tray menu and capture actions are not built yet.\n"
-                                      "This window stands in for them."));
+    StatusMenu statusMenu;
+    QSystemTrayIcon tray(tosvar::StatusMenuView::statusItemIcon(false, false));
+    tray.setToolTip(QString::fromStdString(tosvar::BuildTarget::current().displayName()));
+    tray.setContextMenu(statusMenu.menu());
+    tray.show();
+
+    // Without a tray (a bare X server) a small window says the program runs.
+    QLabel placeholder(QString::fromStdString(tosvar::L("tosvar.placeholder")));
     placeholder.setObjectName(QStringLiteral("tosvarPlaceholder"));
     placeholder.setAlignment(Qt::AlignCenter);
     placeholder.setMargin(24);
-    placeholder.setWindowTitle(QStringLiteral("Tosvar"));
-    placeholder.resize(420, 180);
-    placeholder.show();
+    placeholder.setWindowTitle(QString::fromStdString(tosvar::BuildTarget::current().displayName()));
+    if (!QSystemTrayIcon::isSystemTrayAvailable()) placeholder.show();
     return QApplication::exec();
 }
 
