@@ -8,7 +8,7 @@
 #include "LocalFileManager.h"
 #include "PngEncoder.h"
 #include "QtPasteboard.h"
-#include "XvfbServer.h"
+#include "SolidWindow.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -37,12 +37,7 @@ QByteArray runWhileServing(const QString& program, const QStringList& arguments)
 
 TEST(OutputX11, ClipboardHoldsTheMarkersAndTheFileBytes) {
     IsolatedEnvironment environment;
-    XvfbServer::shared().useAsDisplay();
-    ::setenv("QT_QPA_PLATFORM", "xcb", 1);
-    int argc = 1;
-    char name[] = "output_x11_tests";
-    char* argv[] = {name, nullptr};
-    QApplication app(argc, argv);
+    xvfbApplication();
 
     MutableImage image(64, 32);
     image.fill({200, 40, 90, 255});

@@ -1,6 +1,7 @@
 // A display grab through the X server sees what Qt put on screen, at the
 // place the screen layout says it is.
 #include "QtScreenLayout.h"
+#include "SolidWindow.h"
 #include "X11DisplayCapturer.h"
 #include "XvfbServer.h"
 
@@ -15,21 +16,8 @@ using namespace tosvar;
 
 TEST(X11DisplayCapturer, GrabsTheDisplayUnderThePointer) {
     const XvfbServer& server = XvfbServer::shared();
-    server.useAsDisplay();
-    ::setenv("QT_QPA_PLATFORM", "xcb", 1);
-    int argc = 1;
-    char name[] = "platform_x11_tests";
-    char* argv[] = {name, nullptr};
-    QApplication app(argc, argv);
-
-    QWidget window;
-    window.setWindowFlags(Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint);
-    QPalette palette;
-    palette.setColor(QPalette::Window, QColor(20, 160, 90));
-    window.setPalette(palette);
-    window.setAutoFillBackground(true);
-    window.setGeometry(40, 60, 100, 80);
-    window.show();
+    xvfbApplication();
+    const auto window = showSolidWindow(QRect(40, 60, 100, 80), QColor(20, 160, 90));
     QCursor::setPos(70, 90);
 
     QtScreenLayout layout;

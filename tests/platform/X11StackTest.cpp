@@ -1,5 +1,6 @@
 // Proves the display stack the capture code stands on: a Qt window mapped on
 // our own Xvfb shows up, pixel for pixel, in a grab of the X11 root window.
+#include "SolidWindow.h"
 #include "XvfbServer.h"
 
 #include <QApplication>
@@ -51,21 +52,8 @@ RootGrab grabRoot(const std::string& display) {
 
 TEST(X11Stack, QtWindowIsReadBackThroughARootGrab) {
     const XvfbServer& server = XvfbServer::shared();
-    server.useAsDisplay();
-    ::setenv("QT_QPA_PLATFORM", "xcb", 1);
-    int argc = 1;
-    char name[] = "platform_x11_tests";
-    char* argv[] = {name, nullptr};
-    QApplication app(argc, argv);
-
-    QWidget window;
-    window.setWindowFlags(Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint);
-    QPalette palette;
-    palette.setColor(QPalette::Window, QColor(250, 20, 130));
-    window.setPalette(palette);
-    window.setAutoFillBackground(true);
-    window.setGeometry(100, 120, 200, 150);
-    window.show();
+    xvfbApplication();
+    const auto window = showSolidWindow(QRect(100, 120, 200, 150), QColor(250, 20, 130));
 
     // Wait until the server has drawn the window, or give up after five seconds.
     RootGrab grab;
