@@ -11,6 +11,7 @@
 #include "CommandLineRequest.h"
 #include "CaptureOutputPolicy.h"
 #include "JsonFileDefaultsStore.h"
+#include "LaunchDiagnostics.h"
 #include "LocalFileManager.h"
 #include "LocalizationManager.h"
 #include "Log.h"
@@ -113,7 +114,11 @@ private:
 };
 
 int runApplication(int argc, char** argv) {
+    tosvar::LaunchDiagnostics::begin();
+    tosvar::LaunchDiagnostics::stage("QApplication");
     QApplication app(argc, argv);
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, [] { tosvar::LaunchDiagnostics::willTerminate(); });
+    tosvar::LaunchDiagnostics::stage("tosvar: applicationDidFinishLaunching");
     QApplication::setApplicationName(QString::fromStdString(tosvar::BuildTarget::current().displayName()));
     QApplication::setQuitOnLastWindowClosed(false);
 
@@ -144,6 +149,9 @@ int runApplication(int argc, char** argv) {
     placeholder.setMargin(24);
     placeholder.setWindowTitle(QString::fromStdString(tosvar::BuildTarget::current().displayName()));
     if (!QSystemTrayIcon::isSystemTrayAvailable()) placeholder.show();
+
+    tosvar::LaunchDiagnostics::stage("tosvar: launch complete");
+    tosvar::LaunchDiagnostics::launchDidFinish();
     return QApplication::exec();
 }
 

@@ -30,6 +30,8 @@ public:
     T& operator*() & { return value(); }
     const T& operator*() const& { return value(); }
 
+    T value_or(T fallback) const& { return ok() ? value() : std::move(fallback); }
+
     const Error& error() const { return std::get<Error>(state_); }
 
 private:
