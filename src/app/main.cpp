@@ -15,6 +15,7 @@
 #include "LocalFileManager.h"
 #include "LocalizationManager.h"
 #include "Log.h"
+#include "QtScreenLayout.h"
 #include "QtWorkspace.h"
 #include "RecentCaptures.h"
 #include "ScreenshotToast.h"
@@ -150,8 +151,20 @@ int runApplication(int argc, char** argv) {
     placeholder.setWindowTitle(QString::fromStdString(tosvar::BuildTarget::current().displayName()));
     if (!QSystemTrayIcon::isSystemTrayAvailable()) placeholder.show();
 
+    // Gathered here on the main thread; written out by the diagnostics' own thread.
+    std::vector<std::pair<std::string, std::string>> inventory{
+        {"screenRecordingGranted", "true (X11 needs no grant)"},
+        {"accessibilityTrusted", "n/a"},
+        {"localizationTable", tosvar::LocalizationManager::shared().diagnosticDescription()},
+    };
+    std::string screens;
+    for (const tosvar::ScreenInfo& screen : tosvar::QtScreenLayout().screens())
+        screens += (screens.empty() ? "" : ", ") + std::to_string(int(screen.frame.width())) + "x" +
+                   std::to_string(int(screen.frame.height())) + "@" + std::to_string(screen.backingScale).substr(0, 4);
+    inventory.emplace_back("screens", screens);
+
     tosvar::LaunchDiagnostics::stage("tosvar: launch complete");
-    tosvar::LaunchDiagnostics::launchDidFinish();
+    tosvar::LaunchDiagnostics::launchDidFinish([inventory] { return inventory; });
     return QApplication::exec();
 }
 

@@ -18,7 +18,9 @@
 #include <execinfo.h>
 #include <fcntl.h>
 #include <mutex>
+#include <sys/statvfs.h>
 #include <sys/utsname.h>
+#include <thread>
 #include <unistd.h>
 
 namespace tosvar::LaunchDiagnostics {
@@ -340,7 +342,7 @@ void measure(const std::string& name, const std::function<void()>& body) {
 
 void log(std::string_view tag, std::string_view message) { line("[" + std::string(tag) + "] " + std::string(message)); }
 
-void launchDidFinish() {
+void launchDidFinish(std::function<std::vector<std::pair<std::string, std::string>>()> inventory) {
     State& s = state();
     setBreadcrumb("running");
     s.stage = "running";
@@ -349,6 +351,16 @@ void launchDidFinish() {
     line(std::string("launch complete in ") + timing);
     s.failedLaunches = 0;
     writeState("running", 0);
+    std::thread([inventory = std::move(inventory), folder = s.folder] {
+        std::vector<std::pair<std::string, std::string>> values = inventory ? inventory() : decltype(values){};
+        struct statvfs disk {};
+        const bool diskKnown = ::statvfs(folder.c_str(), &disk) == 0;
+        values.emplace_back("buildTarget", BuildTarget::current().name());
+        values.emplace_back("sandboxed", "false");
+        values.emplace_back("supportDir", folder.string());
+        values.emplace_back("freeDisk", diskKnown ? std::to_string(std::uint64_t(disk.f_bavail) * disk.f_frsize / (1024 * 1024)) + " MiB" : "n/a");
+        for (const auto& [name, value] : values) line("[env] " + name + " = " + (value.empty() ? "missing" : value));
+    }).detach();
 }
 
 void willTerminate() {

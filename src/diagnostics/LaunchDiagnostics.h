@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 // The launch log: from the first line of main on, which stage the process
 // reached, how long each took, and what killed it if something did. Lines go
@@ -35,7 +37,10 @@ void step(const std::string& name, const std::function<void()>& body);
 // Runs `body`; logs it only when it took more than 20 ms.
 void measure(const std::string& name, const std::function<void()>& body);
 void log(std::string_view tag, std::string_view message);
-void launchDidFinish();
+// Ends the launch; then, off the main thread, logs the environment under
+// "[env] ": the values `inventory` gives (the shell knows screens, language,
+// permissions), and what this module knows itself.
+void launchDidFinish(std::function<std::vector<std::pair<std::string, std::string>>()> inventory = nullptr);
 void willTerminate();
 void setBreadcrumb(std::string_view text);
 

@@ -131,6 +131,22 @@ TEST_F(LaunchDiagnosticsTest, TheFileStopsAtTheSessionBudget) {
     EXPECT_EQ(count(log, "*** log budget exhausted for this session ***"), 1u);
 }
 
+TEST_F(LaunchDiagnosticsTest, TheEnvironmentInventoryFollowsTheLaunch) {
+    inChild([] {
+        LaunchDiagnostics::begin();
+        LaunchDiagnostics::launchDidFinish([] {
+            return std::vector<std::pair<std::string, std::string>>{{"screens", "1 (1280x800@1)"}, {"accessibilityTrusted", ""}};
+        });
+        ::usleep(200000); // the inventory is written off the main thread
+    });
+    const std::string log = logText();
+    EXPECT_NE(log.find("[env] screens = 1 (1280x800@1)"), std::string::npos) << log;
+    EXPECT_NE(log.find("[env] accessibilityTrusted = missing"), std::string::npos);
+    EXPECT_NE(log.find("[env] buildTarget = tosvar-direct"), std::string::npos);
+    EXPECT_NE(log.find("[env] freeDisk = "), std::string::npos);
+    EXPECT_LT(log.find("launch complete in"), log.find("[env] "));
+}
+
 TEST_F(LaunchDiagnosticsTest, LinesCarryTimeAndElapsedMilliseconds) {
     inChild([] {
         LaunchDiagnostics::begin();
