@@ -14,7 +14,10 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <cstdlib>
 #include <exception>
+#include <typeinfo>
+#include <cxxabi.h>
 #include <execinfo.h>
 #include <fcntl.h>
 #include <mutex>
@@ -203,6 +206,38 @@ void handleTerminationSignal(int signal) {
     std::raise(signal);
 }
 
+// What the runtime knows of the exception that ended the program: its type,
+// its message, and the stack of the thread that let it escape.
+[[noreturn]] void logUncaughtException() {
+    std::string name = "unknown";
+    if (const std::type_info* type = abi::__cxa_current_exception_type()) {
+        int status = 0;
+        char* demangled = abi::__cxa_demangle(type->name(), nullptr, nullptr, &status);
+        name = status == 0 && demangled ? demangled : type->name();
+        std::free(demangled);
+    }
+    std::string reason = "n/a";
+    if (auto current = std::current_exception()) {
+        try {
+            std::rethrow_exception(current);
+        } catch (const std::exception& e) {
+            reason = e.what();
+        } catch (...) {
+        }
+    }
+    line("=== UNCAUGHT EXCEPTION ===");
+    line("name   : " + name);
+    line("reason : " + reason);
+    line("info   : none");
+    void* stack[128];
+    const int count = ::backtrace(stack, 128);
+    char** symbols = ::backtrace_symbols(stack, count);
+    for (int i = 0; i < count; ++i) line(symbols ? symbols[i] : "?");
+    std::free(symbols);
+    line("=== END EXCEPTION ===");
+    std::abort();
+}
+
 void installCrashHandlers() {
     static std::vector<char> alternateStack(0x80000);
     stack_t stack{};
@@ -218,21 +253,7 @@ void installCrashHandlers() {
     };
     for (int signal : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP}) install(signal, handleFatalSignal);
     for (int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) install(signal, handleTerminationSignal);
-    std::set_terminate([] {
-        std::string reason = "unknown";
-        if (auto current = std::current_exception()) {
-            try {
-                std::rethrow_exception(current);
-            } catch (const std::exception& e) {
-                reason = e.what();
-            } catch (...) {
-            }
-        }
-        line("=== UNCAUGHT EXCEPTION ===");
-        line("reason : " + reason);
-        line("=== END EXCEPTION ===");
-        std::abort();
-    });
+    std::set_terminate(logUncaughtException);
     std::atexit([] { line("process exiting (atexit) — last stage: " + state().stage); });
 }
 

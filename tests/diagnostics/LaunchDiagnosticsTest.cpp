@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <stdexcept>
+#include <thread>
 #include <fcntl.h>
 #include <fstream>
 #include <sys/wait.h>
@@ -104,6 +106,30 @@ TEST_F(LaunchDiagnosticsTest, ASegfaultLeavesACrashBlockWithTheStage) {
     EXPECT_NE(log.find("=== VEMLA CRASH ===\nsignal : 11\nstage  : opening the menu\nbacktrace:\n"), std::string::npos)
         << log;
     EXPECT_NE(log.find("=== END CRASH ==="), std::string::npos);
+}
+
+TEST_F(LaunchDiagnosticsTest, AnUncaughtExceptionIsLoggedWithItsTypeReasonAndStack) {
+    const int status = inChild([] {
+        LaunchDiagnostics::begin();
+        LaunchDiagnostics::stage("loading recents");
+        // Escaping a thread's function: nothing above it can catch it.
+        std::thread([] { throw std::out_of_range("recent 12 of 10"); }).join();
+    });
+    ASSERT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGABRT);
+    const std::string log = logText();
+    const std::size_t block = log.find("=== UNCAUGHT EXCEPTION ===");
+    ASSERT_NE(block, std::string::npos) << log;
+    const std::string rest = log.substr(block);
+    EXPECT_NE(rest.find("name   : std::out_of_range\n"), std::string::npos) << rest;
+    EXPECT_NE(rest.find("reason : recent 12 of 10\n"), std::string::npos);
+    EXPECT_NE(rest.find("info   : none\n"), std::string::npos);
+    // The stack names the handler's own frame before the end line, and the
+    // abort that follows still leaves the crash block with the stage.
+    const std::size_t end = rest.find("=== END EXCEPTION ===");
+    ASSERT_NE(end, std::string::npos);
+    EXPECT_GT(count(rest.substr(0, end), "\n"), 6u);
+    EXPECT_NE(rest.find("stage  : loading recents", end), std::string::npos);
 }
 
 TEST_F(LaunchDiagnosticsTest, AKillLeavesTheTerminationNote) {

@@ -18,6 +18,7 @@ public:
 
 private:
     pid_t pid_ = -1;
+    std::string configuration_;
     std::string address_;
     std::string previous_;
     bool hadPrevious_ = false;
