@@ -12,7 +12,7 @@ packages=(
   # X11 / XCB
   libx11-dev libx11-xcb-dev libxcb1-dev libxcb-shm0-dev libxcb-randr0-dev libxcb-xfixes0-dev
   libxcb-composite0-dev libxcb-damage0-dev libxcb-xinput-dev libxcb-xtest0-dev
-  libxcb-keysyms1-dev libxcb-image0-dev libxkbcommon-dev libxkbcommon-x11-dev
+  libxcb-keysyms1-dev libxcb-xkb-dev libxcb-image0-dev libxkbcommon-dev libxkbcommon-x11-dev
   # codecs, data
   libpng-dev libdeflate-dev zlib1g-dev nlohmann-json3-dev
   # tests and benchmarks

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "KeyEvent.h"
+
 #include <cstdint>
+#include <optional>
+#include <string>
 
 namespace tosvar {
 
@@ -28,7 +32,27 @@ struct GlobalHotkeyBinding {
     static constexpr GlobalHotkeyBinding defaultOpenPanel() { return {9, 0x300}; }
     static constexpr GlobalHotkeyBinding defaultPinFirstItem() { return {35, 0x300}; }
 
+    // The binding a key-down makes: it needs Command, Option or Control, and
+    // the key may not be a modifier key itself (codes 54…63).
+    static std::optional<GlobalHotkeyBinding> fromEvent(const KeyEvent& event);
+
+    // "⌘⌃⌥⇧" in that order, then the key's label: "⌘⇧2".
+    std::string displayName() const { return displayName(keyCode, carbonModifiers); }
+    static std::string displayName(std::uint32_t keyCode, std::uint32_t carbonModifiers);
+    // The label of a key of the ANSI layout; "Key" and the code for others.
+    static std::string keyLabel(std::uint32_t keyCode);
+
+    // The menu's key equivalent: the label in lower case, control characters
+    // for Return, Tab, Space and Esc, empty for keys without one.
+    std::string menuKeyEquivalent() const;
+    std::uint32_t menuKeyEquivalentModifierMask() const;
+    static std::uint32_t carbonModifiersFrom(std::uint32_t modifierFlags);
+
     friend constexpr bool operator==(const GlobalHotkeyBinding&, const GlobalHotkeyBinding&) = default;
 };
+
+// The recorder's text for a binding: its display name, or `notSetLabel`
+// ("hotkey.notSet" in the user's language) when there is none.
+std::string settingsDisplayName(const std::optional<GlobalHotkeyBinding>& binding, const std::string& notSetLabel);
 
 } // namespace tosvar
