@@ -10,6 +10,10 @@ scripts/build.sh
 if [[ -n ${DISPLAY:-} ]]; then
   exec build/bin/tosvar "$@"
 fi
-echo "run.sh: no DISPLAY set; starting the application on its own Xvfb"
+echo "run.sh: no DISPLAY set; starting the application on its own Xvfb, with a tray"
+# trayer is the tray the icon and its menu live in.
 exec xvfb-run --auto-servernum --server-args="-screen 0 1920x1080x24" \
-  dbus-run-session -- build/bin/tosvar "$@"
+  dbus-run-session -- bash -c '
+    echo "run.sh: the application runs on DISPLAY=$DISPLAY"
+    trayer --edge top --align right --widthtype request --height 28 --transparent false &
+    exec build/bin/tosvar "$@"' run.sh "$@"

@@ -18,7 +18,7 @@ packages=(
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # running and driving the application headless
-  xvfb xauth xdotool xclip x11-utils x11-xserver-utils dbus dbus-x11 fonts-dejavu-core
+  xvfb xauth trayer xdotool xclip x11-utils x11-xserver-utils dbus dbus-x11 fonts-dejavu-core
 )
 
 missing=()

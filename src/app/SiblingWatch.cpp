@@ -27,7 +27,8 @@ SiblingWatch::SiblingWatch(std::function<void(bool)> onChange) : onChange_(std::
     });
 }
 
-bool SiblingWatch::scan() const {
+bool SiblingWatch::scan() {
+    if (!QDBusConnection::sessionBus().isConnected()) return false;
     const QStringList names = QDBusConnection::sessionBus().interface()->registeredServiceNames().value();
     std::vector<std::string> identifiers;
     identifiers.reserve(static_cast<std::size_t>(names.size()));

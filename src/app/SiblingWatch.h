@@ -13,10 +13,10 @@ public:
     explicit SiblingWatch(std::function<void(bool running)> onChange);
 
     bool isRunning() const { return running_; }
+    // Whether it runs now, from a fresh look at the bus.
+    static bool scan();
 
 private:
-    bool scan() const;
-
     std::function<void(bool)> onChange_;
     bool running_ = false;
 };

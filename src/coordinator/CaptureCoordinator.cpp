@@ -40,13 +40,7 @@ void CaptureCoordinator::start() {
     s_.region.onTranslationCardRequested =
         with([](CaptureCoordinator& c, const Bytes& png, const Rect& rect) { c.showTranslationCard(png, rect); });
     s_.region.onAudioRecordRequested = with([](CaptureCoordinator& c) { c.toggleAudioRecording(); });
-    s_.region.onPresentationRequested = with([](CaptureCoordinator& c) {
-        if (c.s_.presentation.isActive()) {
-            c.s_.presentation.stop();
-        } else {
-            c.s_.presentation.start(2);
-        }
-    });
+    s_.region.onPresentationRequested = with([](CaptureCoordinator& c) { c.togglePresentation(); });
     s_.region.onTextCaptureRequested = with([weak](CaptureCoordinator& c, const std::optional<std::string>& text) {
         c.s_.mainQueue.async([weak, text] {
             if (auto self = weak.lock()) self->announce(text);
@@ -105,6 +99,14 @@ void CaptureCoordinator::runRegionRequest(double extraDelay, std::function<void(
         s_.mainQueue.after(extraDelay, std::move(work));
     } else {
         work();
+    }
+}
+
+void CaptureCoordinator::togglePresentation() {
+    if (s_.presentation.isActive()) {
+        s_.presentation.stop();
+    } else {
+        s_.presentation.start(presentationAnnotatingMode);
     }
 }
 

@@ -101,6 +101,9 @@ public:
     void toggleAudioRecording();
     void toggleAudioRecordingPause();
     void discardAudioRecording();
+    // Starts presenting with drawing on, or stops.
+    void togglePresentation();
+    bool isPresenting() const { return s_.presentation.isActive(); }
 
     void annotateClipboardImage();
     void annotate(const ImageBuffer& image, double scale, bool translating, bool freshCapture);
@@ -127,6 +130,7 @@ public:
     static constexpr std::uint64_t maxRecognizedPixels = 30'000'000;
     static bool isWorthRecognizing(const Bytes& png);
     static constexpr double pinOffset = 28;
+    static constexpr int presentationAnnotatingMode = 2;
     static constexpr double toastSeconds = 1.6;
 
 private:

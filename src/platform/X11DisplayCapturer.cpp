@@ -117,6 +117,7 @@ X11DisplayCapturer::~X11DisplayCapturer() = default;
 bool X11DisplayCapturer::isConnected() const { return connection_->xcb && !xcb_connection_has_error(connection_->xcb); }
 
 std::optional<CapturedDisplay> X11DisplayCapturer::capture(const ScreenInfo& screen) {
+    const std::lock_guard lock(mutex_);
     if (!isConnected()) return std::nullopt;
     Connection& c = *connection_;
     if (c.depth != 24 && c.depth != 32) {

@@ -3,6 +3,7 @@
 #include "DisplayCapturing.h"
 
 #include <memory>
+#include <mutex>
 #include <string>
 
 struct xcb_connection_t;
@@ -12,7 +13,7 @@ namespace tosvar {
 // Grabs displays from the X server's root window. With MIT-SHM the pixels come
 // through shared memory (well under a millisecond for a full HD display);
 // without it, through the ordinary image request. Works on one connection of
-// its own; not thread-safe.
+// its own; any thread may call it, one grab at a time.
 class X11DisplayCapturer final : public DisplayCapturing {
 public:
     // `mainGlobalFrame`: where the main display stands on the root window, in
@@ -25,6 +26,7 @@ public:
 
 private:
     struct Connection;
+    std::mutex mutex_;
     std::unique_ptr<Connection> connection_;
     Rect mainGlobalFrame_;
 };

@@ -1,0 +1,50 @@
+#include "AppPlatform.h"
+
+#include "BuildTarget.h"
+#include "LocalizationManager.h"
+#include "SettingsStore.h"
+
+#include <cstdlib>
+
+namespace tosvar {
+
+std::string localize(const std::string& key, const std::vector<std::string>& arguments) {
+    const std::vector<FormatArgument> values(arguments.begin(), arguments.end());
+    return LocalizationManager::shared().string(key, values);
+}
+
+namespace {
+
+const char* environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? value : "";
+}
+
+} // namespace
+
+AppPlatform::AppPlatform()
+    : alerts([](const LocalizedText& text) { return localize(text.key, text.arguments); }),
+      deletion(SettingsStore::standardDefaults(), alerts, trash),
+      permissions(BuildTarget::current(), {permissionProbe, settingsPages, alerts}, environment("XDG_CURRENT_DESKTOP"),
+                  SystemPermissions::forcedDenials(std::getenv("TOSVAR_DENY_PERMISSIONS"))),
+      screenPermission(permissions, alerts),
+      displays(std::make_shared<X11DisplayCapturer>(QtScreenLayout::mainGlobalFrame())),
+      fullScreen(*displays, screens),
+      keyboard(X11KeyboardConnection::open()),
+      hotkeyGrabber(keyboard ? std::make_unique<X11HotkeyGrabber>(*keyboard) : nullptr),
+      region(forwardNotBuilt()),
+      recording(forwardNotBuilt()),
+      audio(forwardNotBuilt()),
+      presentation(forwardNotBuilt()),
+      scroll(forwardNotBuilt()),
+      translation(forwardNotBuilt()),
+      stickers(forwardNotBuilt()),
+      cards(forwardNotBuilt()) {}
+
+NotBuiltNotice AppPlatform::forwardNotBuilt() {
+    return [this](const std::string& feature) {
+        if (onNotBuilt) onNotBuilt(feature);
+    };
+}
+
+} // namespace tosvar

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "CaptureDeletion.h"
+#include "DisplayFullScreenCapture.h"
+#include "LinuxPermissionProbe.h"
+#include "LocalFileManager.h"
+#include "QProcessSettingsPageOpener.h"
+#include "QtAlertPresenter.h"
+#include "QtMainQueue.h"
+#include "QtPasteboard.h"
+#include "QtScreenLayout.h"
+#include "QtWorkspace.h"
+#include "ScreenRecordingPermission.h"
+#include "SystemPermissions.h"
+#include "UnbuiltFeatures.h"
+#include "X11DisplayCapturer.h"
+#include "X11HotkeyGrabber.h"
+#include "X11KeyboardConnection.h"
+#include "XdgFileTrash.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tosvar {
+
+// The localised text of `key` with its arguments, as the interface shows it.
+std::string localize(const std::string& key, const std::vector<std::string>& arguments = {});
+
+// The real platform under the application, one of each seam, built once on
+// the main thread after the QApplication and kept for the life of the process.
+// Without an X server (the offscreen platform) the display grabs fail and
+// there are no global hotkeys; everything else works.
+struct AppPlatform {
+    AppPlatform();
+    AppPlatform(const AppPlatform&) = delete;
+    AppPlatform& operator=(const AppPlatform&) = delete;
+
+    // Told the name of a feature this build does not have when a request
+    // reaches it; set by the shell.
+    NotBuiltNotice onNotBuilt;
+
+    QtMainQueue mainQueue;
+    LocalFileManager files;
+    QtPasteboard pasteboard;
+    QtScreenLayout screens;
+    QtWorkspace workspace;
+    XdgFileTrash trash;
+    QtAlertPresenter alerts;
+    CaptureDeletion deletion;
+    LinuxPermissionProbe permissionProbe;
+    QProcessSettingsPageOpener settingsPages;
+    SystemPermissions permissions;
+    ScreenRecordingPermission screenPermission;
+    std::shared_ptr<X11DisplayCapturer> displays;
+    DisplayFullScreenCapture fullScreen;
+    std::unique_ptr<X11KeyboardConnection> keyboard; // none without an X server
+    std::unique_ptr<X11HotkeyGrabber> hotkeyGrabber; // idem
+
+    UnbuiltRegionCapture region;
+    UnbuiltRecording recording;
+    UnbuiltAudioRecording audio;
+    UnbuiltPresentation presentation;
+    UnbuiltScrollCapture scroll;
+    UnbuiltTranslation translation;
+    UnbuiltStickers stickers;
+    UnbuiltCaptureCards cards;
+
+private:
+    NotBuiltNotice forwardNotBuilt();
+};
+
+} // namespace tosvar

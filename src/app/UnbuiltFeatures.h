@@ -1,0 +1,167 @@
+#pragma once
+
+#include "AnnotationFileSaver.h"
+#include "AudioRecordingController.h"
+#include "CaptureCardController.h"
+#include "DropShadowDecorator.h"
+#include "MediaThumbnailer.h"
+#include "PinnedImageManager.h"
+#include "PresentationController.h"
+#include "RecordingController.h"
+#include "RecordingCountdown.h"
+#include "RegionScreenshotController.h"
+#include "RegionTranslationController.h"
+#include "ScrollCaptureController.h"
+#include "TextRecognition.h"
+
+#include <functional>
+#include <string>
+
+namespace tosvar {
+
+// Stand-ins for the capture features this build does not carry yet. Every
+// request that would start one tells the user so through `notBuilt` (called
+// with the feature's name); every question about their state answers idle.
+// They go away one by one as the features arrive.
+using NotBuiltNotice = std::function<void(const std::string& feature)>;
+
+class UnbuiltRegionCapture final : public RegionScreenshotController {
+public:
+    explicit UnbuiltRegionCapture(NotBuiltNotice notBuilt) : notBuilt_(std::move(notBuilt)) {}
+    void capture(std::function<void(const RegionAnnotationOutcome&)>) override { notBuilt_("region capture"); }
+    void captureText(std::function<void(const std::optional<std::string>&)>) override { notBuilt_("text capture"); }
+    void translateRegion(std::function<void(const Bytes&, const Rect&)>) override { notBuilt_("translation"); }
+    void pickScrollRegion(std::function<void(const Rect&, std::optional<std::uint32_t>)>) override
+    {
+        notBuilt_("scrolling capture");
+    }
+
+private:
+    NotBuiltNotice notBuilt_;
+};
+
+class UnbuiltRecording final : public RecordingController {
+public:
+    explicit UnbuiltRecording(NotBuiltNotice notBuilt) : notBuilt_(std::move(notBuilt)) {}
+    State state() const override { return State::idle; }
+    void beginInteractive() override { notBuilt_("screen recording"); }
+    void abortCountdown() override {}
+    void stopAndDeliver() override {}
+    void togglePause() override {}
+    void arm(const RecordingTarget&, RecordingFormat, bool) override { notBuilt_("screen recording"); }
+
+private:
+    NotBuiltNotice notBuilt_;
+};
+
+class UnbuiltAudioRecording final : public AudioRecordingController, public AudioRecordingHUD {
+public:
+    explicit UnbuiltAudioRecording(NotBuiltNotice notBuilt) : notBuilt_(std::move(notBuilt)) {}
+    State state() const override { return State::idle; }
+    void start(const AppSettings&) override { notBuilt_("audio recording"); }
+    void stop(Ending) override {}
+    void togglePause() override {}
+    void confirmDiscard(std::function<void(bool)> completion) override { completion(false); }
+    void show(std::function<void()>, std::function<void()>, std::function<void()>) override {}
+    void close() override {}
+    void setPaused(bool) override {}
+    void setElapsed(double) override {}
+    void report(float) override {}
+    void storeFrameAndClose() override {}
+
+private:
+    NotBuiltNotice notBuilt_;
+};
+
+class UnbuiltPresentation final : public PresentationController {
+public:
+    explicit UnbuiltPresentation(NotBuiltNotice notBuilt) : notBuilt_(std::move(notBuilt)) {}
+    bool isActive() const override { return false; }
+    void start(int) override { notBuilt_("presentation"); }
+    void stop() override {}
+    void toggleAnnotate() override { notBuilt_("presentation"); }
+
+private:
+    NotBuiltNotice notBuilt_;
+};
+
+class UnbuiltScrollCapture final : public ScrollCaptureController {
+public:
+    explicit UnbuiltScrollCapture(NotBuiltNotice notBuilt) : notBuilt_(std::move(notBuilt)) {}
+    void start(const Rect&, std::optional<std::uint32_t>, std::function<void(const ScrollCaptureResult&)>) override
+    {
+        notBuilt_("scrolling capture");
+    }
+
+private:
+    NotBuiltNotice notBuilt_;
+};
+
+class UnbuiltTranslation final : public RegionTranslationController {
+public:
+    explicit UnbuiltTranslation(NotBuiltNotice notBuilt) : notBuilt_(std::move(notBuilt)) {}
+    bool isAvailable() const override { return false; }
+    std::string unavailableReasonKey() const override { return "tosvar.toast.notBuilt"; }
+    void note(const std::string&) override {}
+    void dismissTransientCards() override {}
+    void presentCard(const Bytes&, const Rect&) override { notBuilt_("translation"); }
+
+private:
+    NotBuiltNotice notBuilt_;
+};
+
+class UnbuiltStickers final : public PinnedImageManager {
+public:
+    explicit UnbuiltStickers(NotBuiltNotice notBuilt) : notBuilt_(std::move(notBuilt)) {}
+    StickerID createSticker(const PinnedContentPayload&, const std::optional<Rect>&, bool) override
+    {
+        notBuilt_("stickers");
+        return 0;
+    }
+    void show(StickerID, bool) override {}
+    void moveBy(StickerID, double, double) override {}
+    std::optional<Rect> frame(StickerID) const override { return std::nullopt; }
+    void publishSnapshot(StickerID) override {}
+    void notifyListChanged() override {}
+    void beginEditing(StickerID, double, std::function<void(const AnnotationResult&, const Rect&)>) override
+    {
+        notBuilt_("the editor");
+    }
+    bool isEditorReady(StickerID) const override { return false; }
+    void toggleTranslateMode(StickerID) override {}
+
+private:
+    NotBuiltNotice notBuilt_;
+};
+
+// The card and what it needs: no card shows yet (the toast tells where the
+// file went), no text is read, no shadow is drawn.
+class UnbuiltCaptureCards final : public CaptureCardController,
+                                  public TextRecognition,
+                                  public AnnotationFileSaver,
+                                  public MediaThumbnailer,
+                                  public DropShadowDecorator {
+public:
+    explicit UnbuiltCaptureCards(NotBuiltNotice notBuilt) : notBuilt_(std::move(notBuilt)) {}
+    CaptureCardHandle show(const CaptureCardItem&, const AppSettings&, const std::optional<ScreenInfo>&) override
+    {
+        return 0;
+    }
+    void update(CaptureCardHandle, const CaptureCardItem&) override {}
+    void dismiss(CaptureCardHandle, bool) override {}
+    void recognizeTextForCard(const Bytes&, std::function<void(const std::optional<std::string>&)> completion) override
+    {
+        completion(std::nullopt);
+    }
+    void save(const Bytes&) override { notBuilt_("the editor"); }
+    std::optional<Bytes> firstFramePNG(const std::filesystem::path&) const override { return std::nullopt; }
+    std::optional<Bytes> decoratePNG(const Bytes&, double) const override { return std::nullopt; }
+
+private:
+    NotBuiltNotice notBuilt_;
+};
+
+// A countdown that is not drawn yet: it tells so and runs nothing.
+RecordingCountdownFactory unbuiltCountdowns(NotBuiltNotice notBuilt);
+
+} // namespace tosvar
