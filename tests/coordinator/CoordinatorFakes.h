@@ -86,6 +86,7 @@ struct Presentation final : PresentationController {
     bool isActive() const override { return active; }
     void start(int) override { active = true; }
     void stop() override { active = false; }
+    void toggleAnnotate() override {}
 };
 
 struct Scroll final : ScrollCaptureController {

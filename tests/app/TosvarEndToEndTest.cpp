@@ -1,0 +1,167 @@
+// The built application on an X server of its own with a tray, as a user
+// meets it: a full-screen shot from the command line, another from the tray
+// menu, and a clean exit.
+#include "IsolatedEnvironment.h"
+#include "PngDecoder.h"
+#include "SessionBus.h"
+#include "X11DisplayCapturer.h"
+#include "XvfbServer.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <fstream>
+#include <functional>
+#include <spawn.h>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+
+extern char** environ;
+
+using namespace tosvar;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct CommandRun {
+    int exitCode = -1;
+    std::string output;
+};
+
+CommandRun run(const std::string& command) {
+    std::FILE* pipe = ::popen((command + " 2>&1").c_str(), "r");
+    CommandRun result;
+    char buffer[4096];
+    std::size_t n = 0;
+    while (pipe && (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) result.output.append(buffer, n);
+    const int status = pipe ? ::pclose(pipe) : -1;
+    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return result;
+}
+
+CommandRun runTosvar(const std::string& arguments) { return run(std::string(TOSVAR_EXECUTABLE) + " " + arguments); }
+
+bool waitFor(const std::function<bool()>& condition, int milliseconds = 10000) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    while (std::chrono::steady_clock::now() < deadline) {
+        if (condition()) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return condition();
+}
+
+std::string readFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+std::vector<fs::path> screenshots(const fs::path& folder) {
+    std::vector<fs::path> found;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(folder, error)) {
+        const std::string name = entry.path().filename().string();
+        if (name.starts_with("Tosvar Screenshot ") && name.ends_with(".png")) found.push_back(entry.path());
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+// A tray for the icon: trayer at the top right corner, stopped with the test.
+class Tray {
+public:
+    Tray() {
+        const char* arguments[] = {"trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
+                                   "--height", "28", "--transparent", "false", nullptr};
+        if (::posix_spawnp(&pid_, "trayer", nullptr, nullptr, const_cast<char**>(arguments), environ) != 0) pid_ = -1;
+    }
+    ~Tray() {
+        if (pid_ <= 0) return;
+        ::kill(pid_, SIGTERM);
+        ::waitpid(pid_, nullptr, 0);
+    }
+    bool started() const { return pid_ > 0; }
+
+private:
+    pid_t pid_ = -1;
+};
+
+class TosvarEndToEndTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        XvfbServer::shared().useAsDisplay();
+        ::unsetenv("QT_QPA_PLATFORM");
+        // The welcome window is for people; here it would only cover the screen.
+        fs::create_directories(environment.root() / "config/tosvar");
+        std::ofstream(environment.root() / "config/tosvar/defaults.json") << R"({"tosvar.onboardingCompleted": true})";
+    }
+    void TearDown() override { runTosvar("quit"); }
+
+    fs::path saveFolder() const { return environment.root() / "home/Pictures/Tosvar"; }
+    fs::path stateFolder() const { return environment.root() / "state/tosvar"; }
+
+    IsolatedEnvironment environment;
+    SessionBus bus;
+};
+
+} // namespace
+
+TEST_F(TosvarEndToEndTest, FullScreenShotsFromTheCommandLineAndTheTrayMenuThenACleanExit) {
+    Tray tray;
+    ASSERT_TRUE(tray.started()) << "trayer is missing (scripts/setup.sh installs it)";
+    ASSERT_TRUE(waitFor([] { return run("xdotool search --name '^panel$'").exitCode == 0; })) << "no tray panel";
+
+    // The first action starts the instance, which grabs the screen and delivers.
+    const CommandRun shot = runTosvar("screenshot-full");
+    ASSERT_EQ(shot.exitCode, 0) << shot.output;
+    std::vector<fs::path> files = screenshots(saveFolder());
+    ASSERT_EQ(files.size(), 1u);
+
+    const Rect wholeScreen(0, 0, XvfbServer::shared().width(), XvfbServer::shared().height());
+    X11DisplayCapturer reference(wholeScreen);
+    const ScreenInfo screen{wholeScreen, wholeScreen, 1};
+    const std::optional<CapturedDisplay> expected = reference.capture(screen);
+    ASSERT_TRUE(expected);
+    Expected<ImageBuffer> saved = PngDecoder::decodeFile(files[0]);
+    ASSERT_TRUE(saved) << saved.error().message;
+    EXPECT_TRUE(saved->samePixels(expected->image));
+
+    const std::string fileBytes = readFile(files[0]);
+    const CommandRun clipboard = run("xclip -selection clipboard -t image/png -o");
+    ASSERT_EQ(clipboard.exitCode, 0) << clipboard.output;
+    EXPECT_TRUE(clipboard.output == fileBytes) << "the clipboard holds " << clipboard.output.size()
+                                               << " bytes, the file " << fileBytes.size();
+
+    // The tray icon opens the menu; its second row is the full-screen shot.
+    const CommandRun panel = run("xdotool search --name '^panel$' getwindowgeometry --shell");
+    int x = 0, y = 0, width = 0, height = 0;
+    for (std::istringstream lines(panel.output); lines;) {
+        std::string line;
+        std::getline(lines, line);
+        std::sscanf(line.c_str(), "X=%d", &x);
+        std::sscanf(line.c_str(), "Y=%d", &y);
+        std::sscanf(line.c_str(), "WIDTH=%d", &width);
+        std::sscanf(line.c_str(), "HEIGHT=%d", &height);
+    }
+    ASSERT_GT(width, 0) << panel.output;
+    std::this_thread::sleep_for(std::chrono::seconds(1)); // one second apart, so the names differ
+    const std::string click = "xdotool mousemove " + std::to_string(x + width / 2) + " " +
+                              std::to_string(y + height / 2) + " click 1";
+    ASSERT_EQ(run(click).exitCode, 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(400));
+    ASSERT_EQ(run("xdotool key Down Down Return").exitCode, 0);
+    EXPECT_TRUE(waitFor([&] { return screenshots(saveFolder()).size() == 2; }, 5000));
+
+    const std::string log = readFile(stateFolder() / "launch.log");
+    EXPECT_NE(log.find("launch complete"), std::string::npos);
+
+    EXPECT_EQ(runTosvar("quit").exitCode, 0);
+    EXPECT_TRUE(waitFor([] { return runTosvar("quit").output.find("not running") != std::string::npos; }));
+    EXPECT_TRUE(waitFor([&] { return readFile(stateFolder() / "launch-state.json").find("\"exited\"") != std::string::npos; }))
+        << readFile(stateFolder() / "launch-state.json");
+}
