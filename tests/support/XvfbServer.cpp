@@ -29,11 +29,11 @@ std::string readDisplayNumber(int fd) {
 } // namespace
 
 XvfbServer& XvfbServer::shared() {
-    static XvfbServer server;
+    static XvfbServer server(1280, 800);
     return server;
 }
 
-XvfbServer::XvfbServer() {
+XvfbServer::XvfbServer(int width, int height) : width_(width), height_(height) {
     int pipeFds[2];
     if (::pipe(pipeFds) != 0) throw std::runtime_error("Xvfb: cannot create a pipe");
     pid_ = ::fork();
@@ -41,7 +41,7 @@ XvfbServer::XvfbServer() {
     if (pid_ == 0) {
         ::close(pipeFds[0]);
         const std::string fd = std::to_string(pipeFds[1]);
-        const std::string geometry = "1280x800x24";
+        const std::string geometry = std::to_string(width) + "x" + std::to_string(height) + "x24";
         ::execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", geometry.c_str(), "-nolisten", "tcp",
                  "-noreset", "+extension", "XInputExtension", static_cast<char*>(nullptr));
         ::_exit(127);

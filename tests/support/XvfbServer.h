@@ -10,21 +10,23 @@ namespace tosvar {
 // DISPLAY variable is pointed at it by `useAsDisplay`.
 class XvfbServer {
 public:
-    static XvfbServer& shared();
+    static XvfbServer& shared(); // 1280x800
+    // A server of its own at another size, stopped with the object.
+    XvfbServer(int width, int height);
 
     const std::string& display() const { return display_; } // ":N"
     void useAsDisplay() const;
 
-    int width() const { return 1280; }
-    int height() const { return 800; }
+    int width() const { return width_; }
+    int height() const { return height_; }
 
     ~XvfbServer();
     XvfbServer(const XvfbServer&) = delete;
     XvfbServer& operator=(const XvfbServer&) = delete;
 
 private:
-    XvfbServer();
-
+    int width_;
+    int height_;
     pid_t pid_ = -1;
     std::string display_;
 };
