@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <random>
 
 using namespace tosvar;
@@ -41,6 +43,41 @@ void expectFaithful(const std::vector<Point>& points, const std::vector<Point>& 
         ASSERT_LT(segment + 1, kept.size());
         ASSERT_LE(HitTesting::distanceToSegment(p, kept[segment], kept[segment + 1]), tolerance);
     }
+}
+
+// The plain algorithm: every range scanned point by point.
+std::vector<Point> referenceSimplify(const std::vector<Point>& points, double tolerance) {
+    std::vector<bool> kept(points.size(), false);
+    kept.front() = kept.back() = true;
+    std::vector<std::pair<std::size_t, std::size_t>> ranges{{0, points.size() - 1}};
+    while (!ranges.empty()) {
+        const auto [a, b] = ranges.back();
+        ranges.pop_back();
+        std::size_t farthest = a + 1;
+        double farthestDistance = -1;
+        for (std::size_t i = a + 1; i < b; ++i) {
+            const double d = HitTesting::distanceToSegment(points[i], points[a], points[b]);
+            if (d > farthestDistance) {
+                farthest = i;
+                farthestDistance = d;
+            }
+        }
+        if (farthestDistance > tolerance) {
+            kept[farthest] = true;
+            ranges.emplace_back(a, farthest);
+            ranges.emplace_back(farthest, b);
+        }
+    }
+    std::vector<Point> result;
+    for (std::size_t i = 0; i < points.size(); ++i)
+        if (kept[i]) result.push_back(points[i]);
+    return result;
+}
+
+bool sameIncludingNaN(const std::vector<Point>& x, const std::vector<Point>& y) {
+    const auto same = [](double u, double v) { return u == v || (std::isnan(u) && std::isnan(v)); };
+    return std::equal(x.begin(), x.end(), y.begin(), y.end(),
+                      [&](Point p, Point q) { return same(p.x, q.x) && same(p.y, q.y); });
 }
 
 } // namespace
@@ -84,4 +121,36 @@ TEST(PathSimplify, LongStrokesStayFaithful) {
         EXPECT_LT(kept.size(), stroke.size() / 4);
         expectFaithful(stroke, kept, tolerance);
     }
+}
+
+TEST(PathSimplify, KeepsExactlyWhatAPlainScanKeeps) {
+    std::mt19937 random(5);
+    std::uniform_int_distribution<int> grid(0, 4);
+    std::vector<Point> ties; // a small integer grid: equal distances everywhere
+    for (int i = 0; i < 3000; ++i) ties.push_back({static_cast<double>(grid(random)), static_cast<double>(grid(random))});
+
+    std::vector<Point> loops;
+    for (int i = 0; i < 6000; ++i) {
+        const double t = i * 0.01;
+        loops.push_back({t * 8 + 40 * std::cos(t * 1.7), 60 * std::sin(t * 2.3)});
+    }
+
+    std::vector<Point> zigzag; // every corner kept, ties between the peaks
+    for (int i = 0; i < 1500; ++i) zigzag.push_back({static_cast<double>(i), i % 2 == 0 ? 0.0 : 10.0});
+
+    std::vector<Point> farAway = wanderingStroke(4000, 9);
+    for (Point& p : farAway) p = p + Point{1e15, -3e14};
+
+    std::vector<Point> broken = wanderingStroke(2000, 4);
+    broken[700].x = std::nan("");
+    broken[1200].y = std::numeric_limits<double>::infinity();
+    broken[1500] = {-std::numeric_limits<double>::infinity(), std::nan("")};
+
+    const std::vector<std::pair<const char*, const std::vector<Point>*>> shapes{
+        {"integer grid", &ties}, {"loops", &loops}, {"zigzag", &zigzag}, {"far from the origin", &farAway},
+        {"not-a-number and infinite points", &broken}};
+    for (const auto& [name, shape] : shapes)
+        for (double tolerance : {0.5, 1.0, 3.0})
+            EXPECT_TRUE(sameIncludingNaN(PathSimplify::simplify(*shape, tolerance), referenceSimplify(*shape, tolerance)))
+                << name << " at " << tolerance;
 }
