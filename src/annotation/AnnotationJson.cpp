@@ -316,7 +316,8 @@ std::vector<Point> readPoints(const Json& json, const Location& at) {
     return list;
 }
 
-// The keys of one object, each read where it sits.
+// The keys of one object, each read where it sits. The location is kept by
+// value, so a Fields may be built from a temporary one.
 class Fields {
 public:
     Fields(const Json& json, const Location& at) : json_(json), at_(at) {
@@ -340,7 +341,7 @@ public:
 
 private:
     const Json& json_;
-    const Location& at_;
+    Location at_;
 };
 
 // A tagged case: an object with exactly one key, the case name.
