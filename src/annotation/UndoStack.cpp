@@ -2,6 +2,21 @@
 
 namespace tosvar {
 
+namespace {
+
+// Undo and redo alike: takes the newest entry of `from` and leaves `current`
+// on `to` in its place; absent, changing nothing, when `from` is empty.
+std::optional<AnnotationSnapshot> step(std::vector<AnnotationSnapshot>& from, std::vector<AnnotationSnapshot>& to,
+                                       AnnotationSnapshot current) {
+    if (from.empty()) return std::nullopt;
+    AnnotationSnapshot taken = std::move(from.back());
+    from.pop_back();
+    to.push_back(std::move(current));
+    return taken;
+}
+
+} // namespace
+
 void UndoStack::record(AnnotationSnapshot snapshot) {
     past_.push_back(std::move(snapshot));
     if (past_.size() > limit_) past_.erase(past_.begin(), past_.end() - static_cast<std::ptrdiff_t>(limit_));
@@ -9,19 +24,11 @@ void UndoStack::record(AnnotationSnapshot snapshot) {
 }
 
 std::optional<AnnotationSnapshot> UndoStack::undo(AnnotationSnapshot current) {
-    if (past_.empty()) return std::nullopt;
-    AnnotationSnapshot previous = std::move(past_.back());
-    past_.pop_back();
-    future_.push_back(std::move(current));
-    return previous;
+    return step(past_, future_, std::move(current));
 }
 
 std::optional<AnnotationSnapshot> UndoStack::redo(AnnotationSnapshot current) {
-    if (future_.empty()) return std::nullopt;
-    AnnotationSnapshot next = std::move(future_.back());
-    future_.pop_back();
-    past_.push_back(std::move(current));
-    return next;
+    return step(future_, past_, std::move(current));
 }
 
 } // namespace tosvar

@@ -11,8 +11,9 @@ namespace tosvar {
 
 // A bounded history of whole snapshots. Owners record the state from before a
 // change; grouping of small changes into one step is the owner's business.
-// `redo` may leave one more than `limit` entries in `past`; the next `record`
-// trims it back.
+// `redo` does not trim `past`, but it never needs to: undo and redo only move
+// entries between the two lists and `record` trims `past` and empties
+// `future`, so together they never hold more than `limit` entries.
 class UndoStack {
 public:
     static constexpr std::size_t standardLimit = 100;
