@@ -50,3 +50,44 @@ function(tosvar_bench name)
   target_compile_options(${name} PRIVATE ${TOSVAR_WARNINGS})
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} benchmark::benchmark)
 endfunction()
+
+# tosvar_fuzzer(name TEST test SOURCES ... INCLUDES ... [LINK ...] SEEDS ...)
+# A libFuzzer executable in build/bin, compiled by clang outside the project's
+# toolchain and always with ASan and UBSan, plus a CTest test labelled "fuzz"
+# that runs it for five seconds from the seed folders, keeping the inputs it
+# finds in a corpus of the build folder. SOURCES are every file to compile,
+# INCLUDES the folders their headers come from. Nothing is declared without
+# clang, nor in a sanitizer build, which would only run the same fuzzer twice.
+find_program(CLANGXX_PROGRAM NAMES clang++ clang++-14)
+if(NOT CLANGXX_PROGRAM)
+  message(STATUS "clang++ not found: the fuzz tests are not built")
+endif()
+
+function(tosvar_fuzzer name)
+  cmake_parse_arguments(ARG "" "TEST" "SOURCES;INCLUDES;LINK;SEEDS" ${ARGN})
+  if(NOT CLANGXX_PROGRAM OR TOSVAR_SANITIZE)
+    return()
+  endif()
+  set(fuzzer ${CMAKE_BINARY_DIR}/bin/${name})
+  set(include_flags)
+  set(headers)
+  foreach(folder ${ARG_INCLUDES})
+    list(APPEND include_flags -I${folder})
+    file(GLOB folder_headers ${folder}/*.h)
+    list(APPEND headers ${folder_headers})
+  endforeach()
+  add_custom_command(OUTPUT ${fuzzer}
+    COMMAND ${CLANGXX_PROGRAM} -std=c++20 -O1 -g
+            -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=undefined
+            ${include_flags} ${ARG_SOURCES} ${ARG_LINK} -o ${fuzzer}
+    DEPENDS ${ARG_SOURCES} ${headers}
+    COMMENT "Building the fuzzer ${name} with clang"
+    VERBATIM)
+  add_custom_target(${name} ALL DEPENDS ${fuzzer})
+  add_test(NAME ${ARG_TEST}
+    COMMAND ${CMAKE_COMMAND} -E env ASAN_OPTIONS=detect_leaks=1
+            sh -c "mkdir -p ${name}-corpus && exec \"$0\" -max_total_time=5 -timeout=5 -rss_limit_mb=2048 ${name}-corpus \"$@\""
+            ${fuzzer} ${ARG_SEEDS}
+    WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
+  set_tests_properties(${ARG_TEST} PROPERTIES LABELS fuzz)
+endfunction()
