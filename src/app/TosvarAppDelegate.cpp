@@ -157,7 +157,10 @@ void TosvarAppDelegate::scheduleCaptureWarmUp(double seconds) {
         platform_.mainQueue, platform_.displays, platform_.screens,
         [this] { return platform_.screenPermission.isGranted(); },
         [](std::function<void()> work) { WorkerPool::shared().detach(std::move(work)); });
-    warmUpTimer_ = platform_.mainQueue.after(seconds, [this] { warmer_->start(); });
+    warmUpTimer_ = platform_.mainQueue.after(seconds, [this] {
+        warmer_->start();
+        wakeWatch_ = std::make_unique<SystemWakeWatch>([this] { warmer_->warm("wake"); });
+    });
 }
 
 bool TosvarAppDelegate::onboardingCompleted() { return TosvarOnboarding::isCompleted(SettingsStore::standardDefaults()); }

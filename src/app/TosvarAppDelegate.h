@@ -13,6 +13,7 @@
 #include "SettingsStore.h"
 #include "SiblingWatch.h"
 #include "StatusMenuModel.h"
+#include "SystemWakeWatch.h"
 #include "TosvarOnboarding.h"
 
 #include <QMenu>
@@ -106,6 +107,7 @@ private:
     std::unique_ptr<SiblingWatch> siblingWatch_;
     LaunchAtLoginController launchAtLogin_;
     std::unique_ptr<CaptureWarmer> warmer_;
+    std::unique_ptr<SystemWakeWatch> wakeWatch_;
     TimerHandle warmUpTimer_;
     // Set when a request reached a feature this build lacks, so the command
     // line can say so.

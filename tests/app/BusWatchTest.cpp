@@ -1,4 +1,6 @@
+// The watches that listen on the buses: the sibling product, and the machine waking.
 #include "SiblingWatch.h"
+#include "SystemWakeWatch.h"
 
 #include "SessionBus.h"
 #include "TestApplication.h"
@@ -43,4 +45,31 @@ TEST(SiblingWatch, NoticesTheSiblingComingAndGoing) {
     ASSERT_TRUE(waitFor([&] { return changes.size() == 2; }));
     EXPECT_EQ(changes, (std::vector<bool>{true, false}));
     QDBusConnection::disconnectFromBus(QStringLiteral("sibling"));
+}
+
+TEST(SystemWakeWatch, OnlyTheWakingHalfOfLogindsSleepSignalCounts) {
+    // logind stands on a private bus that plays the system bus.
+    SessionBus bus;
+    ::setenv("DBUS_SYSTEM_BUS_ADDRESS", bus.address().c_str(), 1);
+    testApplication<QApplication>();
+    int wakes = 0;
+    SystemWakeWatch watch([&] { ++wakes; });
+
+    QDBusConnection logind = QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("logind"));
+    ASSERT_TRUE(logind.registerService(QStringLiteral("org.freedesktop.login1")));
+    auto announce = [&](bool goingToSleep) {
+        QDBusMessage signal = QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/login1"),
+                                                         QStringLiteral("org.freedesktop.login1.Manager"),
+                                                         QStringLiteral("PrepareForSleep"));
+        signal << goingToSleep;
+        logind.send(signal);
+    };
+    announce(true);
+    announce(false);
+    EXPECT_TRUE(waitFor([&] { return wakes == 1; }));
+    QElapsedTimer settle;
+    settle.start();
+    while (settle.elapsed() < 200) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    EXPECT_EQ(wakes, 1);
+    QDBusConnection::disconnectFromBus(QStringLiteral("logind"));
 }
