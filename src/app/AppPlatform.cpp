@@ -39,7 +39,9 @@ AppPlatform::AppPlatform()
       scroll(forwardNotBuilt()),
       translation(forwardNotBuilt()),
       stickers(forwardNotBuilt()),
-      cards(forwardNotBuilt()) {}
+      cards(forwardNotBuilt(), [this](const CaptureCardItem& item) {
+          if (onCaptureDelivered) onCaptureDelivered(item);
+      }) {}
 
 NotBuiltNotice AppPlatform::forwardNotBuilt() {
     return [this](const std::string& feature) {

@@ -39,6 +39,8 @@ struct AppPlatform {
     // Told the name of a feature this build does not have when a request
     // reaches it; set by the shell.
     NotBuiltNotice onNotBuilt;
+    // Told of each delivered capture while there is no capture card; set by the shell.
+    std::function<void(const CaptureCardItem&)> onCaptureDelivered;
 
     QtMainQueue mainQueue;
     LocalFileManager files;

@@ -37,11 +37,17 @@ TosvarAppDelegate::TosvarAppDelegate(AppPlatform& platform)
       launchAtLogin_(LaunchAtLoginController::standardAutostartFile(),
                      QCoreApplication::applicationFilePath().toStdString()) {
     platform_.onNotBuilt = [this](const std::string& feature) { notBuilt(feature); };
+    platform_.onCaptureDelivered = [](const CaptureCardItem& item) {
+        const std::string where = item.fileURL ? localize("tosvar.toast.saved", {item.fileURL->filename().string()})
+                                               : localize("card.toast.copied");
+        ScreenshotToast::show(QString::fromStdString(where), ScreenshotToast::captureSeconds);
+    };
     QObject::connect(&statusMenu_, &QMenu::aboutToShow, &statusMenu_, [this] { rebuildStatusMenu(); });
 }
 
 TosvarAppDelegate::~TosvarAppDelegate() {
     platform_.onNotBuilt = nullptr;
+    platform_.onCaptureDelivered = nullptr;
     warmUpTimer_.cancel();
 }
 

@@ -134,17 +134,19 @@ private:
     NotBuiltNotice notBuilt_;
 };
 
-// The card and what it needs: no card shows yet (the toast tells where the
-// file went), no text is read, no shadow is drawn.
+// The card and what it needs: no card shows yet, so `onDelivered` hears of
+// each capture (to say where it went); no text is read, no shadow is drawn.
 class UnbuiltCaptureCards final : public CaptureCardController,
                                   public TextRecognition,
                                   public AnnotationFileSaver,
                                   public MediaThumbnailer,
                                   public DropShadowDecorator {
 public:
-    explicit UnbuiltCaptureCards(NotBuiltNotice notBuilt) : notBuilt_(std::move(notBuilt)) {}
-    CaptureCardHandle show(const CaptureCardItem&, const AppSettings&, const std::optional<ScreenInfo>&) override
+    UnbuiltCaptureCards(NotBuiltNotice notBuilt, std::function<void(const CaptureCardItem&)> onDelivered)
+        : notBuilt_(std::move(notBuilt)), onDelivered_(std::move(onDelivered)) {}
+    CaptureCardHandle show(const CaptureCardItem& item, const AppSettings&, const std::optional<ScreenInfo>&) override
     {
+        onDelivered_(item);
         return 0;
     }
     void update(CaptureCardHandle, const CaptureCardItem&) override {}
@@ -159,6 +161,7 @@ public:
 
 private:
     NotBuiltNotice notBuilt_;
+    std::function<void(const CaptureCardItem&)> onDelivered_;
 };
 
 // A countdown that is not drawn yet: it tells so and runs nothing.
