@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Rect.h"
+#include "WindowListing.h"
 
 #include <cstdint>
 #include <optional>
@@ -8,23 +8,6 @@
 #include <vector>
 
 namespace tosvar {
-
-// One entry of the window list, front to back, as the window server tells it.
-struct WindowInfo {
-    std::uint32_t id = 0;
-    std::int64_t ownerPID = 0;
-    int layer = 0;      // a window level (see `WindowLevel`)
-    double alpha = 1;
-    Rect bounds;        // global, top-left origin, y down, points
-};
-
-// The levels window types map to.
-namespace WindowLevel {
-inline constexpr int normal = 0;
-inline constexpr int dock = 20;
-inline constexpr int menu = 101;
-inline constexpr int screenSaver = 1000;
-} // namespace WindowLevel
 
 // A window the overlay can offer: `rect` is its visible part, `fullRect` the
 // whole window, both in view coordinates.

@@ -21,6 +21,9 @@ public:
     virtual ~DisplayCapturing() = default;
 
     virtual std::optional<CapturedDisplay> capture(const ScreenInfo& screen) = 0;
+    // One window's own pixels, by window id; none where the system cannot
+    // give them (the caller then crops its frozen display).
+    virtual std::optional<ImageBuffer> captureWindow(std::uint32_t /*windowID*/) { return std::nullopt; }
 
     // The display whose frame holds the pointer; none when no display does.
     std::optional<CapturedDisplay> captureScreenUnderCursor(const ScreenLayout& layout) {

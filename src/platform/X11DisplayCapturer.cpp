@@ -3,6 +3,7 @@
 #include "Log.h"
 #include "ScreenCoordinates.h"
 
+#include <xcb/composite.h>
 #include <xcb/shm.h>
 #include <xcb/xcb.h>
 
@@ -80,16 +81,32 @@ struct X11DisplayCapturer::Connection {
 
 namespace {
 
-// Copies BGRX rows into an image, making the padding byte an opaque alpha.
-ImageBuffer opaqueImage(const std::uint8_t* pixels, int width, int height) {
+// Copies BGRX rows into an image, making the padding byte an opaque alpha;
+// BGRA rows of a 32-bit visual (premultiplied already) keep theirs.
+ImageBuffer imageFromRows(const std::uint8_t* pixels, int width, int height, bool keepAlpha = false) {
     MutableImage image(width, height, PixelOrder::bgra, PixelMemoryFill::uninitialized);
     const std::size_t rowBytes = static_cast<std::size_t>(width) * 4;
     for (int y = 0; y < height; ++y) {
         std::uint8_t* row = image.row(y);
         std::memcpy(row, pixels + static_cast<std::size_t>(y) * rowBytes, rowBytes);
-        for (int x = 0; x < width; ++x) row[4 * x + 3] = 255;
+        if (!keepAlpha)
+            for (int x = 0; x < width; ++x) row[4 * x + 3] = 255;
     }
     return std::move(image).freeze();
+}
+
+// A plain image request on any drawable; none when it fails.
+std::optional<ImageBuffer> getImage(xcb_connection_t* xcb, xcb_drawable_t drawable, int width, int height, bool keepAlpha) {
+    xcb_get_image_reply_t* reply = xcb_get_image_reply(
+        xcb,
+        xcb_get_image(xcb, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, 0, 0, static_cast<std::uint16_t>(width),
+                      static_cast<std::uint16_t>(height), ~0u),
+        nullptr);
+    std::optional<ImageBuffer> image;
+    if (reply && static_cast<std::size_t>(xcb_get_image_data_length(reply)) >= static_cast<std::size_t>(width) * height * 4)
+        image = imageFromRows(xcb_get_image_data(reply), width, height, keepAlpha);
+    std::free(reply);
+    return image;
 }
 
 } // namespace
@@ -143,10 +160,11 @@ std::optional<CapturedDisplay> X11DisplayCapturer::capture(const ScreenInfo& scr
                               static_cast<std::uint16_t>(area.width), static_cast<std::uint16_t>(area.height), ~0u,
                               XCB_IMAGE_FORMAT_Z_PIXMAP, segment->segment(), 0),
             nullptr);
-        if (reply) image = opaqueImage(segment->data(), area.width, area.height);
+        if (reply) image = imageFromRows(segment->data(), area.width, area.height);
         std::free(reply);
     }
     if (image.isEmpty()) {
+        // Without shared memory: the plain request on the area of the root.
         xcb_get_image_reply_t* reply = xcb_get_image_reply(
             c.xcb,
             xcb_get_image(c.xcb, XCB_IMAGE_FORMAT_Z_PIXMAP, c.root, static_cast<std::int16_t>(area.x),
@@ -154,7 +172,7 @@ std::optional<CapturedDisplay> X11DisplayCapturer::capture(const ScreenInfo& scr
                           static_cast<std::uint16_t>(area.height), ~0u),
             nullptr);
         if (reply && static_cast<std::size_t>(xcb_get_image_data_length(reply)) >= bytes)
-            image = opaqueImage(xcb_get_image_data(reply), area.width, area.height);
+            image = imageFromRows(xcb_get_image_data(reply), area.width, area.height);
         std::free(reply);
     }
     const double ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - started).count();
@@ -163,6 +181,42 @@ std::optional<CapturedDisplay> X11DisplayCapturer::capture(const ScreenInfo& scr
     logLine(line);
     if (image.isEmpty()) return std::nullopt;
     return CapturedDisplay{image, screen, static_cast<double>(area.width) / std::max(1.0, screen.frame.width())};
+}
+
+std::optional<ImageBuffer> X11DisplayCapturer::captureWindow(std::uint32_t windowID) {
+    const std::lock_guard lock(mutex_);
+    if (!isConnected()) return std::nullopt;
+    xcb_connection_t* xcb = connection_->xcb;
+    xcb_get_geometry_reply_t* geometry = xcb_get_geometry_reply(xcb, xcb_get_geometry(xcb, windowID), nullptr);
+    if (!geometry) {
+        logLine("windowGrab id=" + std::to_string(windowID) + " unknown window → frozen-crop fallback");
+        return std::nullopt;
+    }
+    const int width = geometry->width, height = geometry->height;
+    const bool keepAlpha = geometry->depth == 32;
+    const bool supported = geometry->depth == 24 || geometry->depth == 32;
+    std::free(geometry);
+    if (!supported || width < 1 || height < 1) return std::nullopt;
+
+    // A compositing manager keeps the window's pixels off screen, whole and
+    // with their alpha, even where other windows cover it.
+    std::optional<ImageBuffer> image;
+    const xcb_pixmap_t pixmap = xcb_generate_id(xcb);
+    xcb_generic_error_t* error = xcb_request_check(xcb, xcb_composite_name_window_pixmap_checked(xcb, windowID, pixmap));
+    if (!error) {
+        image = getImage(xcb, pixmap, width, height, keepAlpha);
+        xcb_free_pixmap(xcb, pixmap);
+    }
+    std::free(error);
+    const char* path = image ? "composite pixmap" : "window area";
+    if (!image) image = getImage(xcb, windowID, width, height, keepAlpha);
+    if (!image) {
+        logLine("windowGrab id=" + std::to_string(windowID) + " grab failed → frozen-crop fallback");
+        return std::nullopt;
+    }
+    logLine("windowGrab id=" + std::to_string(windowID) + " " + path + " image=" + std::to_string(width) + "x" +
+            std::to_string(height) + " ok");
+    return image;
 }
 
 } // namespace tosvar

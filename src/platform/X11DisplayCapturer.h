@@ -23,6 +23,9 @@ public:
 
     bool isConnected() const;
     std::optional<CapturedDisplay> capture(const ScreenInfo& screen) override;
+    // The window's own pixels: its offscreen pixmap where a compositing
+    // manager keeps one (with its alpha), else its area on screen.
+    std::optional<ImageBuffer> captureWindow(std::uint32_t windowID) override;
 
 private:
     struct Connection;
