@@ -1,10 +1,9 @@
 #include "LinuxPermissionProbe.h"
 
+#include "AtspiStatus.h"
+
 #include "Log.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusVariant>
 #include <QGuiApplication>
 
 #include <cstdlib>
@@ -19,33 +18,6 @@
 namespace tosvar {
 
 namespace {
-
-constexpr int dbusTimeoutMilliseconds = 500;
-
-QDBusMessage accessibilityStatusCall(const QString& method)
-{
-    return QDBusMessage::createMethodCall("org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties", method);
-}
-
-bool accessibilityEnabled()
-{
-    QDBusMessage call = accessibilityStatusCall("Get");
-    call << QStringLiteral("org.a11y.Status") << QStringLiteral("IsEnabled");
-    const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, dbusTimeoutMilliseconds);
-    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
-        return false;
-    return reply.arguments().first().value<QDBusVariant>().variant().toBool();
-}
-
-bool enableAccessibility()
-{
-    QDBusMessage call = accessibilityStatusCall("Set");
-    call << QStringLiteral("org.a11y.Status") << QStringLiteral("IsEnabled") << QVariant::fromValue(QDBusVariant(true));
-    const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, dbusTimeoutMilliseconds);
-    if (reply.type() == QDBusMessage::ErrorMessage)
-        logLine("[Permissions] enabling AT-SPI failed: " + reply.errorMessage().toStdString());
-    return accessibilityEnabled();
-}
 
 bool canOpen(const std::filesystem::path& device, int flags)
 {
@@ -120,7 +92,7 @@ bool homeAccessible()
 bool LinuxPermissionProbe::isGranted(VemlaSystemPermission permission) const
 {
     switch (permission) {
-    case VemlaSystemPermission::accessibility: return accessibilityEnabled();
+    case VemlaSystemPermission::accessibility: return AtspiStatus::isEnabled();
     case VemlaSystemPermission::screenRecording: return QGuiApplication::platformName() == QLatin1String("xcb");
     case VemlaSystemPermission::microphone: return microphoneAvailable();
     case VemlaSystemPermission::camera: return cameraAvailable();
@@ -132,7 +104,7 @@ bool LinuxPermissionProbe::isGranted(VemlaSystemPermission permission) const
 bool LinuxPermissionProbe::requestAccess(VemlaSystemPermission permission)
 {
     if (permission == VemlaSystemPermission::accessibility)
-        return enableAccessibility();
+        return AtspiStatus::enable();
     return isGranted(permission);
 }
 
