@@ -1,0 +1,41 @@
+#include "StepBadgeLabel.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace tosvar::StepBadgeLabel {
+
+namespace {
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+std::string incrementLetters(std::string label) {
+    for (auto c = label.rbegin(); c != label.rend(); ++c) {
+        if (*c == 'z') {
+            *c = 'a';
+        } else if (*c == 'Z') {
+            *c = 'A';
+        } else {
+            ++*c;
+            return label;
+        }
+    }
+    return (label.front() == 'A' ? "A" : "a") + label;
+}
+
+} // namespace
+
+std::string next(const std::string& label) {
+    if (label.empty()) return "1";
+    if (std::all_of(label.begin(), label.end(), isDigit)) {
+        unsigned long long n = 0;
+        const auto [end, error] = std::from_chars(label.data(), label.data() + label.size(), n);
+        if (error == std::errc() && end == label.data() + label.size()) return std::to_string(n + 1);
+        return label;
+    }
+    if (std::all_of(label.begin(), label.end(), isLetter)) return incrementLetters(label);
+    return label;
+}
+
+} // namespace tosvar::StepBadgeLabel
