@@ -99,10 +99,12 @@ double changedAbsDiffSum(const float* a, const float* b, const float* c, int cou
         const int end = std::min(count, begin + flushEvery);
         float lane[lanes] = {};
         int i = begin;
+        // A product with the condition rather than a branch keeps the loop straight.
         for (; i + lanes <= end; i += lanes)
             for (int k = 0; k < lanes; ++k)
-                lane[k] += std::fabs(a[i + k] - c[i + k]) > threshold ? std::fabs(a[i + k] - b[i + k]) : 0.0f;
-        for (int k = 0; i < end; ++i, ++k) lane[k] += std::fabs(a[i] - c[i]) > threshold ? std::fabs(a[i] - b[i]) : 0.0f;
+                lane[k] += static_cast<float>(std::fabs(a[i + k] - c[i + k]) > threshold) * std::fabs(a[i + k] - b[i + k]);
+        for (int k = 0; i < end; ++i, ++k)
+            lane[k] += static_cast<float>(std::fabs(a[i] - c[i]) > threshold) * std::fabs(a[i] - b[i]);
         total += laneTotal(lane);
     }
     return total;
