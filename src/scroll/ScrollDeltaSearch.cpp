@@ -20,7 +20,10 @@ namespace {
 using ScrollMatcher::adjustedBand;
 using ScrollMatcher::bandScore;
 
-constexpr double textureGate = 0.35;
+// The least texture of a row worth matching, compared in the rows' own
+// precision, and of a band on average.
+constexpr float rowTextureGate = 0.35f;
+constexpr double bandTextureGate = 0.35;
 constexpr double aloneTexture = 0.55;
 
 // Mean texture of any band in two reads.
@@ -179,11 +182,11 @@ std::optional<int> ScrollStitcher::findDelta(const ScrollPatch& prev, const Scro
         const std::optional<ScrollBand> band = adjustedBand(nominal, d, regionTop, regionBottom, 8);
         if (!band) continue;
         const double t = bandTexture(*band);
-        if (t < textureGate) continue;
+        if (t < bandTextureGate) continue;
         if (mid) {
             const std::optional<ScrollBand> fittedMid = adjustedBand(*mid, d, regionTop, regionBottom, 8);
             if (fittedMid) {
-                if (bandTexture(*fittedMid) < textureGate) continue;
+                if (bandTexture(*fittedMid) < bandTextureGate) continue;
                 const auto best = lowestScore(std::max(d - 2, -maxOffset), std::min(d + 2, maxOffset), [&](int dd) {
                     const auto b = adjustedBand(*mid, dd, regionTop, regionBottom, 8);
                     return b ? bandScore(next, prev, *b, dd) : std::nullopt;
@@ -224,7 +227,7 @@ std::optional<int> ScrollStitcher::findDelta(const ScrollPatch& prev, const Scro
         return a.delta > b.delta;
     });
     if (list.empty()) {
-        if (bandTexture({regionTop, std::min(searchBand, 64)}) < textureGate) return std::nullopt;
+        if (bandTexture({regionTop, std::min(searchBand, 64)}) < bandTextureGate) return std::nullopt;
         return nccFallback(prev, next, nominal, mid, regionTop, regionBottom, maxOffset);
     }
     const Combined& best = list.front();
@@ -244,7 +247,7 @@ ScrollStitcher::Arbitration ScrollStitcher::arbitrate(const std::vector<ScrollCa
     std::vector<std::vector<double>> profiles;
     for (const ScrollCandidate& c : candidates) {
         if (c.mad > matchThreshold || c.delta == 0) continue;
-        auto profile = ScrollOverlap::blockProfile(next, prev, c.delta, regionTop, regionBottom, texture, textureGate, blocks);
+        auto profile = ScrollOverlap::blockProfile(next, prev, c.delta, regionTop, regionBottom, texture, rowTextureGate, blocks);
         if (!profile) continue;
         deltas.push_back(c.delta);
         profiles.push_back(std::move(*profile));
@@ -292,7 +295,7 @@ std::vector<ScrollCandidate> ScrollStitcher::denseCandidates(const ScrollPatch& 
         float coarseTexture = 0;
         for (int y = r * rs; y < std::min((r + 1) * rs, static_cast<int>(texture.size())); ++y)
             coarseTexture = std::max(coarseTexture, texture[y]);
-        used[r] = coarseTexture >= textureGate;
+        used[r] = coarseTexture >= rowTextureGate;
         usedCount += used[r];
     }
     const int cMax = maxOffset / rs;
@@ -327,7 +330,7 @@ std::vector<ScrollCandidate> ScrollStitcher::denseCandidates(const ScrollPatch& 
     scanShifts(workers, static_cast<int>(probes.size()), static_cast<long long>(regionBottom - regionTop) * next.width,
                [&](int p) {
                    probeScores[p] = ScrollOverlap::trimmedScore(next, prev, probes[p].delta, regionTop, regionBottom,
-                                                                texture, textureGate, 12);
+                                                                texture, rowTextureGate, 12);
                });
     std::vector<std::optional<ScrollCandidate>> best(kept.size());
     for (std::size_t p = 0; p < probes.size(); ++p) {

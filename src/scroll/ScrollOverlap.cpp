@@ -32,7 +32,7 @@ double pearson(const ScrollKernels::PearsonSums& s, double n) {
 
 std::optional<std::vector<double>> blockProfile(const ScrollPatch& next, const ScrollPatch& prev, int delta,
                                                 int regionTop, int regionBottom, const std::vector<float>& texture,
-                                                double textureGate, int blocks) {
+                                                float textureGate, int blocks) {
     if (next.width != prev.width || next.width <= 0) return std::nullopt;
     const int y0 = std::max({regionTop - delta, regionTop, 0, -delta});
     const int y1 = std::min({regionBottom, regionBottom - delta, next.height, prev.height - delta,
@@ -55,7 +55,7 @@ std::optional<std::vector<double>> blockProfile(const ScrollPatch& next, const S
 }
 
 std::optional<double> trimmedScore(const ScrollPatch& next, const ScrollPatch& prev, int delta, int regionTop,
-                                   int regionBottom, const std::vector<float>& texture, double textureGate,
+                                   int regionBottom, const std::vector<float>& texture, float textureGate,
                                    int blocks) {
     std::optional<std::vector<double>> profile =
         blockProfile(next, prev, delta, regionTop, regionBottom, texture, textureGate, blocks);

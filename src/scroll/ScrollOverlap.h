@@ -18,11 +18,11 @@ namespace tosvar::ScrollOverlap {
 // than 16 rows in reach or fewer than 6 textured ones.
 std::optional<std::vector<double>> blockProfile(const ScrollPatch& next, const ScrollPatch& prev, int delta,
                                                 int regionTop, int regionBottom, const std::vector<float>& texture,
-                                                double textureGate, int blocks);
+                                                float textureGate, int blocks);
 
 // The mean of the best three quarters of the block profile.
 std::optional<double> trimmedScore(const ScrollPatch& next, const ScrollPatch& prev, int delta, int regionTop,
-                                   int regionBottom, const std::vector<float>& texture, double textureGate,
+                                   int regionBottom, const std::vector<float>& texture, float textureGate,
                                    int blocks);
 
 // Blocks that did not move at all over rows [y0, y1) and hold structure:

@@ -47,6 +47,8 @@ struct ScrollPatch {
 
     bool containsRow(int y) const { return y >= 0 && y < height; }
     bool containsRows(ScrollBand band) const { return band.start >= 0 && band.end() <= height; }
+
+    friend bool operator==(const ScrollPatch&, const ScrollPatch&) = default;
 };
 
 } // namespace tosvar

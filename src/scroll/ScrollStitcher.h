@@ -44,6 +44,11 @@ struct ScrollStitcher {
     std::vector<float> dynRows;
     std::shared_ptr<ScrollFullGrayCache> fullGrays = std::make_shared<ScrollFullGrayCache>();
 
+    // Ages the moving-row marks and marks again every row of `next` whose
+    // changed pixels miss their partner in `prev` (row y + delta) by more
+    // than `staticThreshold * 3 + 6` on average. Rows without a partner only age.
+    void updateDynamics(const ScrollPatch& prev, const ScrollPatch& next, int delta);
+
     // Columns at the right edge kept out of matching (an overlay scroll bar
     // lives there): 32 from 800 pixels wide, 12 from 240, else none.
     static int trailingInset(int width);
