@@ -67,16 +67,18 @@ void Painter::blend(int x, int y, Color color, double alpha) {
     p[3] = 255;
 }
 
-void Painter::fillRect(double x0, int y0, double x1, int y1, Color color, double alpha) {
-    y0 = std::max(y0, clip_.y);
-    y1 = std::min(y1, clip_.maxY());
+void Painter::fillRect(double x0, double y0, double x1, double y1, Color color, double alpha) {
     x0 = std::max(x0, double(clip_.x));
     x1 = std::min(x1, double(clip_.maxX()));
+    y0 = std::max(y0, double(clip_.y));
+    y1 = std::min(y1, double(clip_.maxY()));
     if (x1 <= x0 || y1 <= y0) return;
-    const int first = static_cast<int>(std::floor(x0)), last = static_cast<int>(std::ceil(x1));
-    for (int x = first; x < last; ++x) {
-        const double cover = std::min(x1, x + 1.0) - std::max(x0, double(x));
-        for (int y = y0; y < y1; ++y) blend(x, y, color, cover * alpha);
+    const int left = static_cast<int>(std::floor(x0)), right = static_cast<int>(std::ceil(x1));
+    const int top = static_cast<int>(std::floor(y0)), bottom = static_cast<int>(std::ceil(y1));
+    for (int y = top; y < bottom; ++y) {
+        const double rowCover = std::min(y1, y + 1.0) - std::max(y0, double(y));
+        for (int x = left; x < right; ++x)
+            blend(x, y, color, (std::min(x1, x + 1.0) - std::max(x0, double(x))) * rowCover * alpha);
     }
 }
 
@@ -131,8 +133,8 @@ void Painter::photo(int x0, int y0, int x1, int y1, std::uint32_t seed) {
     }
 }
 
-void Painter::glyph(const GlyphFont& font, int index, double x, int y, double cellWidth, int cellHeight, Color color,
-                    bool bold) {
+void Painter::glyph(const GlyphFont& font, int index, double x, double y, double cellWidth, double cellHeight,
+                    Color color, bool bold) {
     const double extra = bold ? cellWidth / 2 : 0.0;
     for (int r = 0; r < GlyphFont::rows; ++r) {
         // Runs of set cells as one rectangle, so no seam splits a stroke.

@@ -35,8 +35,8 @@ private:
     std::array<std::array<std::uint8_t, rows>, count> bits_{};
 };
 
-// Opaque drawing on an rgba image. Edges along x are anti-aliased by their
-// covered share; rows snap to whole pixels, as hinted text does.
+// Opaque drawing on an rgba image. Edges are anti-aliased by the share of
+// each pixel they cover.
 class Painter {
 public:
     explicit Painter(MutableImage& image) : image_(image) {}
@@ -46,7 +46,7 @@ public:
     // Nothing outside `clip` is touched (the whole image unless set).
     void setClip(const PixelRect& clip) { clip_ = clip.intersection({0, 0, image_.width(), image_.height()}); }
 
-    void fillRect(double x0, int y0, double x1, int y1, Color color, double alpha = 1.0);
+    void fillRect(double x0, double y0, double x1, double y1, Color color, double alpha = 1.0);
     void fillRoundedRect(int x0, int y0, int x1, int y1, int radius, Color color);
     void fillCircle(double cx, double cy, double radius, Color color);
     void verticalGradient(int x0, int y0, int x1, int y1, Color top, Color bottom);
@@ -55,8 +55,9 @@ public:
     void photo(int x0, int y0, int x1, int y1, std::uint32_t seed);
 
     // One glyph with its top-left at (x, y): each grid cell is `cellWidth`
-    // wide and `cellHeight` rows tall. Bold widens every stroke by half a cell.
-    void glyph(const GlyphFont& font, int index, double x, int y, double cellWidth, int cellHeight, Color color,
+    // wide and `cellHeight` tall. Bold widens every stroke by half a cell.
+    // Fractional cells give the soft stroke edges of smoothed screen text.
+    void glyph(const GlyphFont& font, int index, double x, double y, double cellWidth, double cellHeight, Color color,
                bool bold);
 
     void blend(int x, int y, Color color, double alpha);

@@ -10,19 +10,30 @@ namespace tosvar::ScrollCorpus {
 
 // The movement between consecutive frames, measured the way a stitcher's
 // ingest does it but from each pair alone: the unchanged rows at the top
-// and bottom bound the region, and only the last movement is carried from
-// pair to pair. No sticky-bar votes or moving-row history, so it measures
-// the search itself.
+// and bottom bound the region; only the last movement and the marks of
+// moving rows are carried from pair to pair. No sticky-bar votes and no
+// placement in a document, so it measures the search itself.
 class PairSearch {
 public:
     explicit PairSearch(WorkerPool* workers = nullptr);
 
-    // 0 for frames that did not move (or differ only in a thin strip),
-    // nothing when no movement is proven. Sideways frames are transposed first.
-    std::optional<int> measure(const ImageBuffer& prev, const ImageBuffer& next, ScrollAxis axis);
+    struct Measurement {
+        std::optional<int> delta; // nothing when no movement is proven
+        // The frames match where they stand (or differ only in a thin strip),
+        // so no search ran and the delta is 0.
+        bool unchanged = false;
+    };
+    // Sideways frames are transposed first.
+    Measurement measure(const ImageBuffer& prev, const ImageBuffer& next, ScrollAxis axis);
 
 private:
     ScrollStitcher stitcher_;
 };
+
+enum class Outcome { exact, wrong, none };
+// Exact for the true delta; none when no delta was proven, or when the
+// frames read as unchanged although the page moved (nothing showed the
+// movement); wrong for any other delta.
+Outcome judge(const PairSearch::Measurement& measurement, int trueDelta);
 
 } // namespace tosvar::ScrollCorpus

@@ -130,7 +130,7 @@ private:
     int roll(int n) { return static_cast<int>(random_() % static_cast<unsigned>(std::max(n, 1))); }
 
     // Words of glyphs from `x` up to `width`; returns where the line ended.
-    double line(double x, int y, double width, Color color, double cellW, int cellH, bool bold) {
+    double line(double x, double y, double width, Color color, double cellW, double cellH, bool bold) {
         const double advance = 6 * cellW;
         double cursor = x;
         for (;;) {
@@ -149,7 +149,7 @@ private:
         double end = c.x;
         for (int i = 0; i < lines; ++i) {
             const double share = i + 1 == lines ? 0.2 + roll(50) / 100.0 : 0.82 + roll(18) / 100.0;
-            end = line(c.x, y + i * lineH + 3 * s_, c.width * share, color, 1.5 * s_, 2 * s_, false);
+            end = line(c.x, y + i * lineH + 3 * s_, c.width * share, color, 1.5 * s_, 1.6 * s_, false);
         }
         if (layout_.carets.size() < 4 && roll(3) == 0)
             layout_.carets.push_back({static_cast<int>(end) + 2 * s_, y + (lines - 1) * lineH + 2 * s_, 2 * s_, 20 * s_});
@@ -157,7 +157,7 @@ private:
     }
 
     int heading(const Column& c, int y, Color color) {
-        line(c.x, y + 12 * s_, c.width * (0.3 + roll(40) / 100.0), color, 2.5 * s_, 3 * s_, true);
+        line(c.x, y + 12 * s_, c.width * (0.3 + roll(40) / 100.0), color, 2.5 * s_, 2.6 * s_, true);
         return y + 12 * s_ + 27 * s_ + 14 * s_;
     }
 
@@ -175,7 +175,7 @@ private:
             for (int token = 0, tokens = 1 + roll(6); token < tokens && x < c.x + c.width - 60 * s_; ++token) {
                 const Color colors[] = {onDark ? Color{210, 210, 215} : ink, {170, 50, 160}, {30, 130, 60}, {180, 90, 20}};
                 const Color tokenInk = colors[roll(4)];
-                x = line(x, top, 9.0 * s_ * (2 + roll(8)), tokenInk, 1.5 * s_, 2 * s_, false);
+                x = line(x, top, 9.0 * s_ * (2 + roll(8)), tokenInk, 1.5 * s_, 1.6 * s_, false);
             }
         }
         return y + h + 14 * s_;
@@ -188,7 +188,7 @@ private:
         const int columns = 3 + roll(2);
         const int cellW = c.width / columns;
         painter_.fillRect(c.x, y, c.x + c.width, y + rowH, {238, 240, 244});
-        for (int k = 0; k < columns; ++k) line(c.x + k * cellW + 10 * s_, y + 8 * s_, cellW * 0.6, ink, 1.5 * s_, 2 * s_, true);
+        for (int k = 0; k < columns; ++k) line(c.x + k * cellW + 10 * s_, y + 8 * s_, cellW * 0.6, ink, 1.5 * s_, 1.6 * s_, true);
         const std::uint32_t rowSeed = static_cast<std::uint32_t>(random_());
         for (int r = 0; r < rows; ++r) {
             const int top = y + (r + 1) * rowH;
@@ -196,7 +196,7 @@ private:
             std::mt19937 saved = random_;
             if (identical) random_.seed(rowSeed);
             for (int k = 0; k < columns; ++k)
-                line(c.x + k * cellW + 10 * s_, top + 8 * s_, cellW * (0.3 + roll(60) / 100.0), ink, 1.5 * s_, 2 * s_, false);
+                line(c.x + k * cellW + 10 * s_, top + 8 * s_, cellW * (0.3 + roll(60) / 100.0), ink, 1.5 * s_, 1.6 * s_, false);
             if (identical) random_ = saved;
             painter_.fillRect(c.x, top + rowH - s_, c.x + c.width, top + rowH, {226, 228, 232});
         }
@@ -217,10 +217,10 @@ private:
             painter_.fillRoundedRect(x, y, x + bubbleW, y + h, 14 * s_, fill);
             for (int i = 0; i < lines; ++i)
                 line(x + 12 * s_, y + 8 * s_ + i * 24 * s_ + 3 * s_, (bubbleW - 24 * s_) * (i + 1 == lines ? 0.6 : 0.95),
-                     mine ? paper : ink, 1.5 * s_, 2 * s_, false);
+                     mine ? paper : ink, 1.5 * s_, 1.6 * s_, false);
             y += h + 6 * s_;
             if (roll(3) == 0) {
-                line(mine ? x + bubbleW - 60 * s_ : x, y, 50 * s_, {150, 150, 156}, 1.0 * s_, s_, false);
+                line(mine ? x + bubbleW - 60 * s_ : x, y, 50 * s_, {150, 150, 156}, 1.0 * s_, 1.1 * s_, false);
                 y += 14 * s_;
             }
             y += 6 * s_;
@@ -232,7 +232,7 @@ private:
         const int w = roll(2) == 0 ? c.width : c.width * 3 / 5;
         const int h = (160 + roll(220)) * s_;
         painter_.photo(c.x, y, c.x + w, y + h, static_cast<std::uint32_t>(random_()));
-        line(c.x, y + h + 8 * s_, w * 0.6, {110, 110, 116}, 1.2 * s_, 2 * s_, false);
+        line(c.x, y + h + 8 * s_, w * 0.6, {110, 110, 116}, 1.2 * s_, 1.4 * s_, false);
         return y + h + 40 * s_;
     }
 
@@ -269,7 +269,7 @@ private:
 
     int spinner(const Column& c, int y) {
         layout_.spinners.push_back({c.x + 8 * s_, y + 8 * s_, 36 * s_, 36 * s_});
-        line(c.x + 56 * s_, y + 18 * s_, c.width * 0.3, {120, 120, 126}, 1.5 * s_, 2 * s_, false);
+        line(c.x + 56 * s_, y + 18 * s_, c.width * 0.3, {120, 120, 126}, 1.5 * s_, 1.6 * s_, false);
         return y + 56 * s_;
     }
 
@@ -298,6 +298,47 @@ std::vector<int> motion(int frames, int length, std::mt19937& random) {
     return offsets;
 }
 
+// A hash of every page line across the scrolling axis: its rows, or its
+// columns when the page scrolls sideways.
+std::vector<std::uint64_t> lineHashes(const ImageBuffer& page, bool sideways) {
+    std::vector<std::uint64_t> hashes(static_cast<std::size_t>(sideways ? page.width() : page.height()),
+                                      0xcbf29ce484222325ull);
+    for (int y = 0; y < page.height(); ++y) {
+        const std::uint8_t* row = page.row(y);
+        for (int x = 0; x < page.width(); ++x) {
+            std::uint64_t& h = hashes[sideways ? x : y];
+            for (int c = 0; c < 4; ++c) h = (h ^ row[4 * x + c]) * 0x100000001b3ull;
+        }
+    }
+    return hashes;
+}
+
+// The view of the pair whose frames show page lines from `from` and from
+// `to`, each `length` lines long.
+PairView viewOf(const std::vector<std::uint64_t>& lines, int from, int to, int length) {
+    const int first = std::min(from, to), last = std::max(from, to) + length;
+    if (std::all_of(lines.begin() + first, lines.begin() + last, [&](std::uint64_t h) { return h == lines[first]; }))
+        return PairView::flat;
+    // Whether line y of the newer view matching line y + d of the older one
+    // explains every line the two share.
+    auto linesUp = [&](int d) {
+        for (int y = std::max(0, -d); y < std::min(length, length - d); ++y)
+            if (lines[to + y] != lines[from + y + d]) return false;
+        return true;
+    };
+    const int reach = length * 3 / 4;
+    for (int d = -reach; d <= reach; ++d)
+        if (d != to - from && linesUp(d)) return PairView::repeated;
+    return PairView::unique;
+}
+
+// A name's hash that does not depend on the standard library.
+std::uint32_t nameHash(const std::string& name) {
+    std::uint32_t h = 0;
+    for (unsigned char c : name) h = hash(h, c);
+    return h;
+}
+
 const char* axisName(ScrollAxis axis) { return axis == ScrollAxis::horizontal ? "horizontal" : "vertical"; }
 
 std::string frameFileName(int index) {
@@ -307,6 +348,21 @@ std::string frameFileName(int index) {
 }
 
 } // namespace
+
+const char* pairViewName(PairView view) {
+    switch (view) {
+    case PairView::unique: return "unique";
+    case PairView::repeated: return "repeated";
+    case PairView::flat: return "flat";
+    }
+    return "unique";
+}
+
+std::optional<PairView> pairViewNamed(const std::string& name) {
+    for (PairView view : {PairView::unique, PairView::repeated, PairView::flat})
+        if (name == pairViewName(view)) return view;
+    return std::nullopt;
+}
 
 const std::vector<std::string>& classNames() {
     static const std::vector<std::string> names = {"text",  "code",   "table",   "chat",    "media", "lowcontrast", "dark",
@@ -339,7 +395,7 @@ Expected<Sequence> Sequence::generate(const SequenceSpec& spec) {
     layout->contentH = spec.size.height - layout->headerH - layout->footerH;
 
     std::mt19937 random(hash(spec.seed, spec.size.width, spec.size.height,
-                             static_cast<std::uint32_t>(std::hash<std::string>{}(spec.className))));
+                             nameHash(spec.className)));
     const int length = r->sideways ? layout->contentW : layout->contentH;
     sequence.offsets_ = motion(spec.frames, length, random);
     layout->pageLength = *std::max_element(sequence.offsets_.begin(), sequence.offsets_.end()) + length;
@@ -361,6 +417,10 @@ Expected<Sequence> Sequence::generate(const SequenceSpec& spec) {
         for (int y = 16 * s; y < pageH;) y = writer.section(writer.pick(r->sections), column, y);
     }
     sequence.page_ = std::move(page).freeze();
+    const std::vector<std::uint64_t> lines = lineHashes(sequence.page_, r->sideways);
+    sequence.views_.assign(sequence.offsets_.size(), PairView::unique);
+    for (std::size_t i = 1; i < sequence.offsets_.size(); ++i)
+        sequence.views_[i] = viewOf(lines, sequence.offsets_[i - 1], sequence.offsets_[i], length);
     sequence.features_ = std::make_shared<Features>(r->features);
     sequence.layout_ = std::move(layout);
     return sequence;
@@ -420,7 +480,7 @@ ImageBuffer Sequence::frame(int index) const {
         painter.fillRect(0, 0, w, l.headerH, {246, 246, 249});
         painter.fillRect(0, l.headerH - s, w, l.headerH, {218, 220, 226});
         GlyphFont font(0x5eed);
-        for (int i = 0; i < 9; ++i) painter.glyph(font, (i * 7) % GlyphFont::count, 20 * s + i * 16 * s, 14 * s, 2.2 * s, 3 * s, ink, true);
+        for (int i = 0; i < 9; ++i) painter.glyph(font, (i * 7) % GlyphFont::count, 20 * s + i * 16 * s, 14 * s, 2.2 * s, 2.6 * s, ink, true);
         for (int i = 1; i <= 3; ++i) painter.fillCircle(w - i * 44 * s, l.headerH / 2.0, 12 * s, {120, 124, 134});
     }
     if (f.footer) {
@@ -436,7 +496,7 @@ ImageBuffer Sequence::frame(int index) const {
             const int top = l.headerH + 12 * s + item * 36 * s;
             if (item == 2) painter.fillRect(8 * s, top - 6 * s, l.sidebarW - 8 * s, top + 24 * s, {220, 230, 250});
             for (int g = 0; g < 4 + item % 6 && 16 * s + (g + 1) * 9 * s < l.sidebarW; ++g)
-                painter.glyph(font, (item * 5 + g * 3) % GlyphFont::count, 16 * s + g * 9.0 * s, top, 1.5 * s, 2 * s, ink, false);
+                painter.glyph(font, (item * 5 + g * 3) % GlyphFont::count, 16 * s + g * 9.0 * s, top, 1.5 * s, 1.6 * s, ink, false);
         }
     }
     if (f.floatingButton) {
@@ -471,7 +531,9 @@ std::optional<Error> write(const Sequence& sequence, const std::filesystem::path
     for (int i = 0; i < sequence.frameCount(); ++i) {
         const std::string name = frameFileName(i);
         if (std::optional<Error> failed = PngEncoder::writeFile(sequence.frame(i), folder / name)) return failed;
-        frames.push_back({{"file", name}, {"offset", sequence.offset(i)}});
+        nlohmann::json frame = {{"file", name}, {"offset", sequence.offset(i)}};
+        if (i > 0) frame["view"] = pairViewName(sequence.view(i));
+        frames.push_back(std::move(frame));
     }
     const SequenceSpec& spec = sequence.spec();
     const nlohmann::json truth = {{"class", spec.className},
@@ -499,6 +561,9 @@ Expected<Truth> readTruth(const std::filesystem::path& folder) {
         for (const nlohmann::json& frame : json.at("frames")) {
             truth.files.push_back(frame.at("file").get<std::string>());
             truth.offsets.push_back(frame.at("offset").get<int>());
+            const std::string view = frame.value("view", std::string("unique"));
+            if (!pairViewNamed(view)) return Error{where + ": unknown view \"" + view + "\""};
+            truth.views.push_back(*pairViewNamed(view));
         }
         return truth;
     } catch (const nlohmann::json::exception& e) {

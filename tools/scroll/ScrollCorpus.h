@@ -29,6 +29,16 @@ struct FrameSize {
 // 800x600, 1600x1000 and 3200x2000 (drawn at twice the scale).
 const std::vector<FrameSize>& frameSizes();
 
+// What a pair of consecutive frames lets anyone see of its movement, judged
+// on the page itself (fixed bars, overlays and moving parts aside):
+//   unique: only the true shift lines the two views up;
+//   repeated: another shift of at least a quarter overlap lines them up
+//   as well (identical rows, or an overlap with nothing in it);
+//   flat: no row of either view differs from another.
+enum class PairView { unique, repeated, flat };
+const char* pairViewName(PairView view);
+std::optional<PairView> pairViewNamed(const std::string& name);
+
 struct SequenceSpec {
     std::string className = "text";
     FrameSize size{800, 600};
@@ -48,6 +58,8 @@ public:
     ScrollAxis axis() const { return axis_; }
     int frameCount() const { return static_cast<int>(offsets_.size()); }
     int offset(int frame) const { return offsets_[frame]; }
+    // The pair of frames `frame - 1` and `frame`, for frame 1 and up.
+    PairView view(int frame) const { return views_[frame]; }
     ImageBuffer frame(int index) const;
 
     struct Features; // what the viewport shows besides the page
@@ -59,6 +71,7 @@ private:
     SequenceSpec spec_;
     ScrollAxis axis_ = ScrollAxis::vertical;
     std::vector<int> offsets_;
+    std::vector<PairView> views_; // per frame, for the pair it ends; the first is unused
     ImageBuffer page_;
     std::shared_ptr<const Features> features_;
     std::shared_ptr<const Layout> layout_;
@@ -74,6 +87,7 @@ struct Truth {
     ScrollAxis axis = ScrollAxis::vertical;
     std::vector<std::string> files; // relative to the folder
     std::vector<int> offsets;
+    std::vector<PairView> views; // parallel to `offsets`; the first is unused
 };
 Expected<Truth> readTruth(const std::filesystem::path& folder);
 

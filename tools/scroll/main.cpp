@@ -1,7 +1,7 @@
 // tosvar-scroll: the scrolling-capture bench at the command line.
 //   generate OUT [--classes a,b] [--sizes WxH,...] [--frames N] [--seed N]
 //   delta PREV.png NEXT.png [--horizontal]
-//   eval DIR... [--threads N]
+//   eval DIR... [--threads N] [--list]
 #include "PairSearch.h"
 #include "PngDecoder.h"
 #include "ScrollCorpus.h"
@@ -25,7 +25,7 @@ int usage() {
     std::fprintf(stderr,
                  "usage: tosvar-scroll generate OUT [--classes a,b,...] [--sizes WxH,...] [--frames N] [--seed N]\n"
                  "       tosvar-scroll delta PREV.png NEXT.png [--horizontal]\n"
-                 "       tosvar-scroll eval DIR... [--threads N]\n"
+                 "       tosvar-scroll eval DIR... [--threads N] [--list]\n"
                  "classes:");
     for (const std::string& name : classNames()) std::fprintf(stderr, " %s", name.c_str());
     std::fprintf(stderr, "\n");
@@ -113,7 +113,8 @@ int delta(const std::vector<std::string>& args) {
         return 1;
     }
     PairSearch search;
-    const std::optional<int> found = search.measure(*prev, *next, args.size() == 3 ? ScrollAxis::horizontal : ScrollAxis::vertical);
+    const std::optional<int> found =
+        search.measure(*prev, *next, args.size() == 3 ? ScrollAxis::horizontal : ScrollAxis::vertical).delta;
     if (found) std::printf("delta %d\n", *found);
     else std::printf("delta none\n");
     return 0;
@@ -124,6 +125,17 @@ struct Tally {
     int exact = 0, wrong = 0, none = 0;
     std::vector<double> milliseconds;
     int pairs() const { return exact + wrong + none; }
+    void add(Outcome outcome, double ms) {
+        (outcome == Outcome::exact ? exact : outcome == Outcome::wrong ? wrong : none) += 1;
+        milliseconds.push_back(ms);
+    }
+    Tally& operator+=(const Tally& other) {
+        exact += other.exact;
+        wrong += other.wrong;
+        none += other.none;
+        milliseconds.insert(milliseconds.end(), other.milliseconds.begin(), other.milliseconds.end());
+        return *this;
+    }
 };
 
 double percentile(std::vector<double> values, double p) {
@@ -134,17 +146,23 @@ double percentile(std::vector<double> values, double p) {
 
 void printRow(const std::string& name, const std::string& size, const Tally& t) {
     const double n = std::max(t.pairs(), 1);
-    std::printf("%-12s %-10s %6d %7.1f%% %7.1f%% %7.1f%% %8.2f %8.2f\n", name.c_str(), size.c_str(), t.pairs(),
+    std::printf("%-22s %-10s %6d %8.2f%% %7.2f%% %7.2f%% %8.2f %8.2f\n", name.c_str(), size.c_str(), t.pairs(),
                 100.0 * t.exact / n, 100.0 * t.wrong / n, 100.0 * t.none / n, percentile(t.milliseconds, 0.5),
                 percentile(t.milliseconds, 0.95));
 }
 
-std::optional<Error> evaluateFolder(const std::filesystem::path& folder, WorkerPool* workers,
-                                    std::map<std::pair<std::string, std::string>, Tally>& tallies) {
+// Pair class: the sequence class, marked with the view when the view is not unique.
+using TallyKey = std::pair<std::string, std::string>; // pair class, frame size
+struct Tallies {
+    std::map<TallyKey, Tally> byClass;
+    std::map<TallyKey, Tally> byView;
+};
+
+std::optional<Error> evaluateFolder(const std::filesystem::path& folder, WorkerPool* workers, bool listMisses,
+                                    Tallies& tallies) {
     Expected<Truth> truth = readTruth(folder);
     if (!truth) return truth.error();
     const std::string size = std::to_string(truth->size.width) + "x" + std::to_string(truth->size.height);
-    Tally& tally = tallies[{truth->className, size}];
     PairSearch search(workers);
     std::optional<ImageBuffer> prev;
     for (std::size_t i = 0; i < truth->files.size(); ++i) {
@@ -152,13 +170,18 @@ std::optional<Error> evaluateFolder(const std::filesystem::path& folder, WorkerP
         if (!frame) return frame.error();
         if (prev) {
             const auto start = std::chrono::steady_clock::now();
-            const std::optional<int> found = search.measure(*prev, *frame, truth->axis);
-            tally.milliseconds.push_back(
-                std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
+            const PairSearch::Measurement found = search.measure(*prev, *frame, truth->axis);
+            const double ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
             const int expected = truth->offsets[i] - truth->offsets[i - 1];
-            if (!found) ++tally.none;
-            else if (*found == expected) ++tally.exact;
-            else ++tally.wrong;
+            const Outcome outcome = judge(found, expected);
+            const PairView view = truth->views[i];
+            const std::string pairClass =
+                truth->className + (view == PairView::unique ? "" : std::string("/") + pairViewName(view));
+            tallies.byClass[{pairClass, size}].add(outcome, ms);
+            tallies.byView[{pairViewName(view), size}].add(outcome, ms);
+            if (listMisses && outcome != Outcome::exact)
+                std::printf("%s %s: true %d, found %s\n", (folder / truth->files[i]).string().c_str(), pairViewName(view),
+                            expected, found.delta ? std::to_string(*found.delta).c_str() : "none");
         }
         prev = std::move(*frame);
     }
@@ -168,9 +191,14 @@ std::optional<Error> evaluateFolder(const std::filesystem::path& folder, WorkerP
 int eval(const std::vector<std::string>& args) {
     std::vector<std::filesystem::path> folders;
     unsigned threads = 0;
+    bool listMisses = false;
     for (std::size_t i = 0; i < args.size(); ++i) {
         if (args[i] == "--threads" && i + 1 < args.size() && parseInt(args[i + 1])) {
             threads = static_cast<unsigned>(std::max(*parseInt(args[++i]), 0));
+            continue;
+        }
+        if (args[i] == "--list") {
+            listMisses = true;
             continue;
         }
         const std::filesystem::path dir = args[i];
@@ -192,26 +220,28 @@ int eval(const std::vector<std::string>& args) {
     if (folders.empty()) return usage();
     std::unique_ptr<WorkerPool> pool = threads > 0 ? std::make_unique<WorkerPool>(threads, "scroll-eval") : nullptr;
 
-    std::map<std::pair<std::string, std::string>, Tally> tallies;
+    Tallies tallies;
     for (const auto& folder : folders)
-        if (std::optional<Error> failed = evaluateFolder(folder, pool.get(), tallies)) {
+        if (std::optional<Error> failed = evaluateFolder(folder, pool.get(), listMisses, tallies)) {
             std::fprintf(stderr, "tosvar-scroll: %s\n", failed->message.c_str());
             return 1;
         }
-    std::printf("%-12s %-10s %6s %8s %8s %8s %8s %8s\n", "class", "size", "pairs", "exact", "wrong", "none", "ms p50",
-                "ms p95");
-    std::map<std::string, Tally> bySize;
-    Tally all;
-    for (const auto& [key, tally] : tallies) {
-        printRow(key.first, key.second, tally);
-        for (Tally* sum : {&bySize[key.second], &all}) {
-            sum->exact += tally.exact;
-            sum->wrong += tally.wrong;
-            sum->none += tally.none;
-            sum->milliseconds.insert(sum->milliseconds.end(), tally.milliseconds.begin(), tally.milliseconds.end());
-        }
+    std::printf("%-22s %-10s %6s %9s %8s %8s %8s %8s\n", "pair class", "size", "pairs", "exact", "wrong", "none",
+                "ms p50", "ms p95");
+    for (const auto& [key, tally] : tallies.byClass) printRow(key.first, key.second, tally);
+    std::printf("\n");
+    std::map<std::string, Tally> viewTotals, sizeTotals;
+    for (const auto& [key, tally] : tallies.byView) {
+        printRow("view " + key.first, key.second, tally);
+        viewTotals[key.first] += tally;
+        sizeTotals[key.second] += tally;
     }
-    for (const auto& [size, tally] : bySize) printRow("all", size, tally);
+    for (const auto& [view, tally] : viewTotals) printRow("view " + view, "all", tally);
+    Tally all;
+    for (const auto& [size, tally] : sizeTotals) {
+        printRow("all", size, tally);
+        all += tally;
+    }
     printRow("all", "all", all);
     return 0;
 }
