@@ -5,6 +5,7 @@
 #include "ScrollStitcher.h"
 
 #include <optional>
+#include <variant>
 
 namespace tosvar::ScrollCorpus {
 
@@ -23,8 +24,24 @@ public:
         // so no search ran and the delta is 0.
         bool unchanged = false;
     };
-    // Sideways frames are transposed first.
+
+    // A pair made ready for the search: frames in rows (sideways ones
+    // transposed), their patches and the region between the unchanged runs.
+    struct Prepared {
+        ImageBuffer prev, next;
+        ScrollPatch prevPatch, nextPatch, prevCoarse, nextCoarse;
+        int regionTop = 0, regionBottom = 0, maxOffset = 0;
+    };
+    // A measurement when the pair needs no search (or cannot have one).
+    std::variant<Measurement, Prepared> prepare(const ImageBuffer& prev, const ImageBuffer& next, ScrollAxis axis) const;
+    // Runs the search and carries its answer to the next pair.
+    Measurement search(const Prepared& pair);
+
     Measurement measure(const ImageBuffer& prev, const ImageBuffer& next, ScrollAxis axis);
+
+    // The search's state as the next pair will find it, with `pair`'s frames
+    // shown for the full-resolution check.
+    ScrollStitcher stitcherFor(const Prepared& pair) const;
 
 private:
     ScrollStitcher stitcher_;

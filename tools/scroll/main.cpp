@@ -2,13 +2,12 @@
 //   generate OUT [--classes a,b] [--sizes WxH,...] [--frames N] [--seed N]
 //   delta PREV.png NEXT.png [--horizontal]
 //   eval DIR... [--threads N] [--list]
-#include "PairSearch.h"
+#include "CorpusEvaluation.h"
 #include "PngDecoder.h"
 #include "ScrollCorpus.h"
 #include "WorkerPool.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -158,32 +157,21 @@ struct Tallies {
     std::map<TallyKey, Tally> byView;
 };
 
-std::optional<Error> evaluateFolder(const std::filesystem::path& folder, WorkerPool* workers, bool listMisses,
-                                    Tallies& tallies) {
-    Expected<Truth> truth = readTruth(folder);
-    if (!truth) return truth.error();
-    const std::string size = std::to_string(truth->size.width) + "x" + std::to_string(truth->size.height);
-    PairSearch search(workers);
-    std::optional<ImageBuffer> prev;
-    for (std::size_t i = 0; i < truth->files.size(); ++i) {
-        Expected<ImageBuffer> frame = PngDecoder::decodeFile(folder / truth->files[i]);
-        if (!frame) return frame.error();
-        if (prev) {
-            const auto start = std::chrono::steady_clock::now();
-            const PairSearch::Measurement found = search.measure(*prev, *frame, truth->axis);
-            const double ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-            const int expected = truth->offsets[i] - truth->offsets[i - 1];
-            const Outcome outcome = judge(found, expected);
-            const PairView view = truth->views[i];
-            const std::string pairClass =
-                truth->className + (view == PairView::unique ? "" : std::string("/") + pairViewName(view));
-            tallies.byClass[{pairClass, size}].add(outcome, ms);
-            tallies.byView[{pairViewName(view), size}].add(outcome, ms);
-            if (listMisses && outcome != Outcome::exact)
-                std::printf("%s %s: true %d, found %s\n", (folder / truth->files[i]).string().c_str(), pairViewName(view),
-                            expected, found.delta ? std::to_string(*found.delta).c_str() : "none");
-        }
-        prev = std::move(*frame);
+std::optional<Error> tally(const std::filesystem::path& folder, WorkerPool* workers, bool listMisses, Tallies& tallies) {
+    Expected<FolderResult> result = evaluateFolder(folder, workers);
+    if (!result) return result.error();
+    const Truth& truth = result->truth;
+    const std::string size = std::to_string(truth.size.width) + "x" + std::to_string(truth.size.height);
+    for (const PairResult& pair : result->pairs) {
+        const std::string pairClass =
+            truth.className + (pair.view == PairView::unique ? "" : std::string("/") + pairViewName(pair.view));
+        tallies.byClass[{pairClass, size}].add(pair.outcome, pair.milliseconds);
+        tallies.byView[{pairViewName(pair.view), size}].add(pair.outcome, pair.milliseconds);
+        if (listMisses && pair.outcome != Outcome::exact)
+            std::printf("%s %s: true %d, found %s%s\n", (folder / truth.files[pair.frame]).string().c_str(),
+                        pairViewName(pair.view), pair.trueDelta,
+                        pair.found.delta ? std::to_string(*pair.found.delta).c_str() : "none",
+                        pair.found.unchanged ? " (unchanged)" : "");
     }
     return std::nullopt;
 }
@@ -222,7 +210,7 @@ int eval(const std::vector<std::string>& args) {
 
     Tallies tallies;
     for (const auto& folder : folders)
-        if (std::optional<Error> failed = evaluateFolder(folder, pool.get(), listMisses, tallies)) {
+        if (std::optional<Error> failed = tally(folder, pool.get(), listMisses, tallies)) {
             std::fprintf(stderr, "tosvar-scroll: %s\n", failed->message.c_str());
             return 1;
         }
