@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 namespace tosvar {
 
 // A run of rows (or, for column measures, of any index).
@@ -31,6 +33,19 @@ struct ScrollRuns {
     int top = 0;
     int bottom = 0;
     friend bool operator==(const ScrollRuns&, const ScrollRuns&) = default;
+};
+
+// A row `width` wide cut into column blocks: `max(width / blocks, 1)`
+// columns each, `width / blockWidth` of them; columns past the last block
+// are not used.
+struct ScrollBlockSplit {
+    int width = 1;
+    int count = 0;
+
+    static ScrollBlockSplit of(int rowWidth, int blocks) {
+        const int blockWidth = std::max(rowWidth / std::max(blocks, 1), 1);
+        return {blockWidth, rowWidth / blockWidth};
+    }
 };
 
 enum class ScrollAxis : int { vertical = 0, horizontal = 1 };

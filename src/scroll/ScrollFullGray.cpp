@@ -1,5 +1,6 @@
 #include "ScrollFullGray.h"
 
+#include "ScrollBand.h"
 #include "ScrollGray.h"
 #include "ScrollKernels.h"
 
@@ -8,16 +9,6 @@
 namespace tosvar {
 
 namespace {
-
-struct BlockSplit {
-    int width = 1;
-    int count = 0;
-};
-
-BlockSplit blockSplit(int width, int blocks) {
-    const int blockWidth = std::max(width / std::max(blocks, 1), 1);
-    return {blockWidth, width / blockWidth};
-}
 
 int sampledRows(int y0, int y1, int rowStep) { return (y1 - y0 + rowStep - 1) / rowStep; }
 
@@ -31,7 +22,7 @@ std::optional<ScrollFullGray> ScrollFullGray::fromImage(const ImageBuffer& image
 }
 
 std::vector<double> ScrollFullGray::edgeRates(int y0, int y1, int blocks, int tol, int rowStep) const {
-    const BlockSplit split = blockSplit(width, blocks);
+    const ScrollBlockSplit split = ScrollBlockSplit::of(width, blocks);
     std::vector<double> rates(static_cast<std::size_t>(split.count), 0.0);
     rowStep = std::max(rowStep, 1);
     y0 = std::max(y0, 0);
@@ -53,7 +44,7 @@ std::vector<double> ScrollFullGray::edgeRates(int y0, int y1, int blocks, int to
 
 std::vector<double> ScrollFullGray::mismatchRates(const ScrollFullGray& shifted, int delta, int y0, int y1,
                                                   int blocks, int tol, int rowStep) const {
-    const BlockSplit split = blockSplit(width, blocks);
+    const ScrollBlockSplit split = ScrollBlockSplit::of(width, blocks);
     std::vector<double> rates(static_cast<std::size_t>(split.count), 0.0);
     rowStep = std::max(rowStep, 1);
     y0 = std::max(y0, 0);

@@ -18,6 +18,22 @@ double laneTotal(const float (&lane)[lanes]) {
     return total;
 }
 
+// The sum of `term(i)` over [0, count), in lanes flushed every `flushEvery` terms.
+template <typename Term>
+double laneSum(int count, Term term) {
+    double total = 0;
+    for (int begin = 0; begin < count; begin += flushEvery) {
+        const int end = std::min(count, begin + flushEvery);
+        float lane[lanes] = {};
+        int i = begin;
+        for (; i + lanes <= end; i += lanes)
+            for (int k = 0; k < lanes; ++k) lane[k] += term(i + k);
+        for (int k = 0; i < end; ++i, ++k) lane[k] += term(i);
+        total += laneTotal(lane);
+    }
+    return total;
+}
+
 } // namespace
 
 GrayWeights grayWeights(PixelOrder order) {
@@ -80,34 +96,12 @@ void widen(const std::uint8_t* in, float* out, int count) {
 }
 
 double absDiffSum(const float* a, const float* b, int count) {
-    double total = 0;
-    for (int begin = 0; begin < count; begin += flushEvery) {
-        const int end = std::min(count, begin + flushEvery);
-        float lane[lanes] = {};
-        int i = begin;
-        for (; i + lanes <= end; i += lanes)
-            for (int k = 0; k < lanes; ++k) lane[k] += std::fabs(a[i + k] - b[i + k]);
-        for (int k = 0; i < end; ++i, ++k) lane[k] += std::fabs(a[i] - b[i]);
-        total += laneTotal(lane);
-    }
-    return total;
+    return laneSum(count, [=](int i) { return std::fabs(a[i] - b[i]); });
 }
 
 double changedAbsDiffSum(const float* a, const float* b, const float* c, int count, float threshold) {
-    double total = 0;
-    for (int begin = 0; begin < count; begin += flushEvery) {
-        const int end = std::min(count, begin + flushEvery);
-        float lane[lanes] = {};
-        int i = begin;
-        // A product with the condition rather than a branch keeps the loop straight.
-        for (; i + lanes <= end; i += lanes)
-            for (int k = 0; k < lanes; ++k)
-                lane[k] += static_cast<float>(std::fabs(a[i + k] - c[i + k]) > threshold) * std::fabs(a[i + k] - b[i + k]);
-        for (int k = 0; i < end; ++i, ++k)
-            lane[k] += static_cast<float>(std::fabs(a[i] - c[i]) > threshold) * std::fabs(a[i] - b[i]);
-        total += laneTotal(lane);
-    }
-    return total;
+    // A product with the condition rather than a branch keeps the loop straight.
+    return laneSum(count, [=](int i) { return static_cast<float>(std::fabs(a[i] - c[i]) > threshold) * std::fabs(a[i] - b[i]); });
 }
 
 PearsonSums& PearsonSums::operator+=(const PearsonSums& other) {

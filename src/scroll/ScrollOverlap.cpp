@@ -10,16 +10,6 @@ namespace tosvar::ScrollOverlap {
 
 namespace {
 
-struct BlockSplit {
-    int width = 1;
-    int count = 0;
-};
-
-BlockSplit blockSplit(int width, int blocks) {
-    const int blockWidth = std::max(width / std::max(blocks, 1), 1);
-    return {blockWidth, width / blockWidth};
-}
-
 // Variance above 25 gray levels squared, kept in sums: n * sumSq - sum^2 > n^2 * 25.
 bool textured(double n, double sum, double sumSq) { return n * sumSq - sum * sum > n * n * 25.0; }
 
@@ -38,7 +28,7 @@ std::optional<std::vector<double>> blockProfile(const ScrollPatch& next, const S
     const int y1 = std::min({regionBottom, regionBottom - delta, next.height, prev.height - delta,
                              static_cast<int>(texture.size())});
     if (y1 - y0 < 16) return std::nullopt;
-    const BlockSplit split = blockSplit(next.width, blocks);
+    const ScrollBlockSplit split = ScrollBlockSplit::of(next.width, blocks);
     std::vector<double> sums(static_cast<std::size_t>(split.count), 0.0);
     int used = 0;
     for (int y = y0; y < y1; ++y) {
@@ -73,7 +63,7 @@ std::vector<bool> fixedBlocks(const ScrollPatch& next, const ScrollPatch& prev, 
     y0 = std::max(y0, 0);
     y1 = std::min({y1, next.height, prev.height});
     if (y1 <= y0 || next.width != prev.width || next.width <= 0) return {};
-    const BlockSplit split = blockSplit(next.width, blocks);
+    const ScrollBlockSplit split = ScrollBlockSplit::of(next.width, blocks);
     std::vector<int> changedRows(static_cast<std::size_t>(split.count), 0);
     std::vector<double> gradient(static_cast<std::size_t>(split.count), 0.0);
     for (int y = y0; y < y1; ++y) {
@@ -119,7 +109,7 @@ std::optional<std::vector<std::optional<double>>> blockPearsonScan(const ScrollP
     if (next.width != window.width || next.width <= 0 || band.height <= 0 || !next.containsRows(band) ||
         window.height < band.height)
         return std::nullopt;
-    const BlockSplit split = blockSplit(next.width, blocks);
+    const ScrollBlockSplit split = ScrollBlockSplit::of(next.width, blocks);
     const double n = double(band.height) * split.width;
     std::vector<int> texturedBlocks;
     for (int k = 0; k < split.count; ++k) {
