@@ -19,10 +19,10 @@ struct Rates {
 };
 
 // Writes a sequence into `root` and runs the search over it.
-FolderResult writtenAndSearched(const SequenceSpec& spec, const std::filesystem::path& root) {
-    const std::filesystem::path folder = root / (spec.className + "-" + std::to_string(spec.seed));
-    Expected<Sequence> sequence = Sequence::generate(spec);
-    EXPECT_TRUE(sequence) << spec.className;
+FolderResult writtenAndSearched(const SequenceRequest& request, const std::filesystem::path& root) {
+    const std::filesystem::path folder = root / (request.className + "-" + std::to_string(request.seed));
+    Expected<Sequence> sequence = Sequence::generate(request);
+    EXPECT_TRUE(sequence) << request.className;
     EXPECT_FALSE(write(*sequence, folder));
     Expected<FolderResult> result = evaluateFolder(folder);
     EXPECT_TRUE(result) << (result ? "" : result.error().message);

@@ -375,29 +375,29 @@ const std::vector<FrameSize>& frameSizes() {
     return sizes;
 }
 
-Expected<Sequence> Sequence::generate(const SequenceSpec& spec) {
-    const std::optional<Recipe> r = recipe(spec.className);
-    if (!r) return Error{"unknown sequence class \"" + spec.className + "\""};
-    if (spec.size.width < 200 || spec.size.height < 150 || spec.size.width > 8000 || spec.size.height > 8000)
+Expected<Sequence> Sequence::generate(const SequenceRequest& request) {
+    const std::optional<Recipe> r = recipe(request.className);
+    if (!r) return Error{"unknown sequence class \"" + request.className + "\""};
+    if (request.size.width < 200 || request.size.height < 150 || request.size.width > 8000 || request.size.height > 8000)
         return Error{"frame size out of range (200x150 to 8000x8000)"};
-    if (spec.frames < 2 || spec.frames > 10000) return Error{"a sequence needs 2 to 10000 frames"};
+    if (request.frames < 2 || request.frames > 10000) return Error{"a sequence needs 2 to 10000 frames"};
 
     Sequence sequence;
-    sequence.spec_ = spec;
+    sequence.request_ = request;
     sequence.axis_ = r->sideways ? ScrollAxis::horizontal : ScrollAxis::vertical;
     auto layout = std::make_shared<Layout>();
-    layout->scale = std::max(1, spec.size.height / 1000);
+    layout->scale = std::max(1, request.size.height / 1000);
     const int s = layout->scale;
     layout->headerH = r->features.header ? 56 * s : 0;
     layout->footerH = r->features.footer ? 48 * s : 0;
-    layout->sidebarW = r->features.sidebar ? std::min(220 * s, spec.size.width / 4) : 0;
-    layout->contentW = spec.size.width - layout->sidebarW;
-    layout->contentH = spec.size.height - layout->headerH - layout->footerH;
+    layout->sidebarW = r->features.sidebar ? std::min(220 * s, request.size.width / 4) : 0;
+    layout->contentW = request.size.width - layout->sidebarW;
+    layout->contentH = request.size.height - layout->headerH - layout->footerH;
 
-    std::mt19937 random(hash(spec.seed, spec.size.width, spec.size.height,
-                             nameHash(spec.className)));
+    std::mt19937 random(hash(request.seed, request.size.width, request.size.height,
+                             nameHash(request.className)));
     const int length = r->sideways ? layout->contentW : layout->contentH;
-    sequence.offsets_ = motion(spec.frames, length, random);
+    sequence.offsets_ = motion(request.frames, length, random);
     layout->pageLength = *std::max_element(sequence.offsets_.begin(), sequence.offsets_.end()) + length;
 
     const int pageW = r->sideways ? layout->pageLength : layout->contentW;
@@ -430,7 +430,7 @@ ImageBuffer Sequence::frame(int index) const {
     const Layout& l = *layout_;
     const Features& f = *features_;
     const int s = l.scale;
-    const int w = spec_.size.width, h = spec_.size.height;
+    const int w = request_.size.width, h = request_.size.height;
     const bool sideways = axis_ == ScrollAxis::horizontal;
     const int offset = offsets_[index];
     MutableImage out(w, h);
@@ -449,7 +449,7 @@ ImageBuffer Sequence::frame(int index) const {
     };
     Painter painter(out);
     painter.setClip(content);
-    const std::uint32_t seed = spec_.seed;
+    const std::uint32_t seed = request_.seed;
     if (f.video)
         for (const PixelRect& v : l.videos) {
             const PixelRect at = place(v);
@@ -535,12 +535,12 @@ std::optional<Error> write(const Sequence& sequence, const std::filesystem::path
         if (i > 0) frame["view"] = pairViewName(sequence.view(i));
         frames.push_back(std::move(frame));
     }
-    const SequenceSpec& spec = sequence.spec();
-    const nlohmann::json truth = {{"class", spec.className},
-                                  {"width", spec.size.width},
-                                  {"height", spec.size.height},
+    const SequenceRequest& request = sequence.request();
+    const nlohmann::json truth = {{"class", request.className},
+                                  {"width", request.size.width},
+                                  {"height", request.size.height},
                                   {"axis", axisName(sequence.axis())},
-                                  {"seed", spec.seed},
+                                  {"seed", request.seed},
                                   {"frames", frames}};
     return AtomicFile::write(folder / "truth.json", truth.dump(2) + "\n");
 }

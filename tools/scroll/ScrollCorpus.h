@@ -39,7 +39,7 @@ enum class PairView { unique, repeated, flat };
 const char* pairViewName(PairView view);
 std::optional<PairView> pairViewNamed(const std::string& name);
 
-struct SequenceSpec {
+struct SequenceRequest {
     std::string className = "text";
     FrameSize size{800, 600};
     int frames = 16;
@@ -52,9 +52,9 @@ struct SequenceSpec {
 // movement between frames a and b is `offset(b) - offset(a)`.
 class Sequence {
 public:
-    static Expected<Sequence> generate(const SequenceSpec& spec);
+    static Expected<Sequence> generate(const SequenceRequest& request);
 
-    const SequenceSpec& spec() const { return spec_; }
+    const SequenceRequest& request() const { return request_; }
     ScrollAxis axis() const { return axis_; }
     int frameCount() const { return static_cast<int>(offsets_.size()); }
     int offset(int frame) const { return offsets_[frame]; }
@@ -68,7 +68,7 @@ public:
 private:
     Sequence() = default;
 
-    SequenceSpec spec_;
+    SequenceRequest request_;
     ScrollAxis axis_ = ScrollAxis::vertical;
     std::vector<int> offsets_;
     std::vector<PairView> views_; // per frame, for the pair it ends; the first is unused
