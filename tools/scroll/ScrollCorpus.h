@@ -1,0 +1,94 @@
+#pragma once
+
+#include "Expected.h"
+#include "ImageBuffer.h"
+#include "ScrollBand.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+// Synthetic scrolling sequences with exact ground truth: a tall (or, for
+// sideways scrolling, wide) page drawn from a seed, seen through a viewport
+// with the fixed and moving parts real pages have, at known offsets.
+namespace tosvar::ScrollCorpus {
+
+// The page and viewport recipes, by name:
+//   text, code, table, chat, media, lowcontrast, dark, blank: page content;
+//   sticky (header, footer, floating button), sidebar, dynamic (video,
+//   spinner, blinking caret), noise (grain that changes every frame):
+//   viewports over a text page; horizontal: a wide page scrolled sideways.
+const std::vector<std::string>& classNames();
+
+struct FrameSize {
+    int width = 0;
+    int height = 0;
+};
+// 800x600, 1600x1000 and 3200x2000 (drawn at twice the scale).
+const std::vector<FrameSize>& frameSizes();
+
+// What a pair of consecutive frames lets anyone see of its movement, judged
+// on the page itself (fixed bars, overlays and moving parts aside):
+//   unique: only the true shift lines the two views up;
+//   repeated: another shift of at least a quarter overlap lines them up
+//   as well (identical rows, or an overlap with nothing in it);
+//   flat: no row of either view differs from another.
+enum class PairView { unique, repeated, flat };
+const char* pairViewName(PairView view);
+std::optional<PairView> pairViewNamed(const std::string& name);
+
+struct SequenceRequest {
+    std::string className = "text";
+    FrameSize size{800, 600};
+    int frames = 16;
+    std::uint32_t seed = 1;
+};
+
+// One generated sequence: the page and the offset of every frame. Frames are
+// drawn on request. `offset(i)` is the page row (page column when sideways)
+// at the top (left) edge of the scrolling area in frame `i`, so the true
+// movement between frames a and b is `offset(b) - offset(a)`.
+class Sequence {
+public:
+    static Expected<Sequence> generate(const SequenceRequest& request);
+
+    const SequenceRequest& request() const { return request_; }
+    ScrollAxis axis() const { return axis_; }
+    int frameCount() const { return static_cast<int>(offsets_.size()); }
+    int offset(int frame) const { return offsets_[frame]; }
+    // The pair of frames `frame - 1` and `frame`, for frame 1 and up.
+    PairView view(int frame) const { return views_[frame]; }
+    ImageBuffer frame(int index) const;
+
+    struct Features; // what the viewport shows besides the page
+    struct Layout;   // where the page and the fixed parts sit
+
+private:
+    Sequence() = default;
+
+    SequenceRequest request_;
+    ScrollAxis axis_ = ScrollAxis::vertical;
+    std::vector<int> offsets_;
+    std::vector<PairView> views_; // per frame, for the pair it ends; the first is unused
+    ImageBuffer page_;
+    std::shared_ptr<const Features> features_;
+    std::shared_ptr<const Layout> layout_;
+};
+
+// Writes frame-000000.png and up, and truth.json, into `folder`.
+std::optional<Error> write(const Sequence& sequence, const std::filesystem::path& folder);
+
+// What truth.json holds.
+struct Truth {
+    std::string className;
+    FrameSize size;
+    ScrollAxis axis = ScrollAxis::vertical;
+    std::vector<std::string> files; // relative to the folder
+    std::vector<int> offsets;
+    std::vector<PairView> views; // parallel to `offsets`; the first is unused
+};
+Expected<Truth> readTruth(const std::filesystem::path& folder);
+
+} // namespace tosvar::ScrollCorpus

@@ -1,0 +1,246 @@
+// tosvar-scroll: the scrolling-capture bench at the command line.
+//   generate OUT [--classes a,b] [--sizes WxH,...] [--frames N] [--seed N]
+//   delta PREV.png NEXT.png [--horizontal]
+//   eval DIR... [--threads N] [--list]
+#include "CorpusEvaluation.h"
+#include "PngDecoder.h"
+#include "ScrollCorpus.h"
+#include "WorkerPool.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+using namespace tosvar;
+using namespace tosvar::ScrollCorpus;
+
+namespace {
+
+int usage() {
+    std::fprintf(stderr,
+                 "usage: tosvar-scroll generate OUT [--classes a,b,...] [--sizes WxH,...] [--frames N] [--seed N]\n"
+                 "       tosvar-scroll delta PREV.png NEXT.png [--horizontal]\n"
+                 "       tosvar-scroll eval DIR... [--threads N] [--list]\n"
+                 "classes:");
+    for (const std::string& name : classNames()) std::fprintf(stderr, " %s", name.c_str());
+    std::fprintf(stderr, "\n");
+    return 2;
+}
+
+std::vector<std::string> split(const std::string& text) {
+    std::vector<std::string> parts;
+    std::size_t start = 0;
+    for (std::size_t comma; (comma = text.find(',', start)) != std::string::npos; start = comma + 1)
+        parts.push_back(text.substr(start, comma - start));
+    parts.push_back(text.substr(start));
+    return parts;
+}
+
+std::optional<int> parseInt(const std::string& text) {
+    try {
+        std::size_t used = 0;
+        const int value = std::stoi(text, &used);
+        if (used == text.size()) return value;
+    } catch (const std::exception&) {
+    }
+    return std::nullopt;
+}
+
+int generate(const std::vector<std::string>& args) {
+    if (args.empty()) return usage();
+    const std::filesystem::path out = args[0];
+    std::vector<std::string> classes = classNames();
+    std::vector<FrameSize> sizes = frameSizes();
+    int frames = 16;
+    std::uint32_t seed = 1;
+    for (std::size_t i = 1; i < args.size(); ++i) {
+        const bool hasValue = i + 1 < args.size();
+        if (args[i] == "--classes" && hasValue) {
+            classes = split(args[++i]);
+        } else if (args[i] == "--sizes" && hasValue) {
+            sizes.clear();
+            for (const std::string& size : split(args[++i])) {
+                const std::size_t x = size.find('x');
+                const auto w = parseInt(size.substr(0, x)), h = x == std::string::npos ? std::nullopt : parseInt(size.substr(x + 1));
+                if (!w || !h) {
+                    std::fprintf(stderr, "tosvar-scroll: bad size \"%s\" (want WIDTHxHEIGHT)\n", size.c_str());
+                    return 2;
+                }
+                sizes.push_back({*w, *h});
+            }
+        } else if (args[i] == "--frames" && hasValue && parseInt(args[i + 1])) {
+            frames = *parseInt(args[++i]);
+        } else if (args[i] == "--seed" && hasValue && parseInt(args[i + 1])) {
+            seed = static_cast<std::uint32_t>(*parseInt(args[++i]));
+        } else {
+            return usage();
+        }
+    }
+    for (const std::string& name : classes)
+        for (const FrameSize& size : sizes) {
+            Expected<Sequence> sequence = Sequence::generate({name, size, frames, seed});
+            if (!sequence) {
+                std::fprintf(stderr, "tosvar-scroll: %s\n", sequence.error().message.c_str());
+                return 1;
+            }
+            const std::filesystem::path folder =
+                out / (name + "-" + std::to_string(size.width) + "x" + std::to_string(size.height));
+            if (std::optional<Error> failed = write(*sequence, folder)) {
+                std::fprintf(stderr, "tosvar-scroll: %s\n", failed->message.c_str());
+                return 1;
+            }
+            std::printf("%s: %d frames\n", folder.string().c_str(), sequence->frameCount());
+        }
+    return 0;
+}
+
+int delta(const std::vector<std::string>& args) {
+    if (args.size() < 2 || args.size() > 3 || (args.size() == 3 && args[2] != "--horizontal")) return usage();
+    Expected<ImageBuffer> prev = PngDecoder::decodeFile(args[0]);
+    Expected<ImageBuffer> next = PngDecoder::decodeFile(args[1]);
+    for (const Expected<ImageBuffer>* image : {&prev, &next})
+        if (!*image) {
+            std::fprintf(stderr, "tosvar-scroll: %s\n", image->error().message.c_str());
+            return 1;
+        }
+    if (prev->width() != next->width() || prev->height() != next->height()) {
+        std::fprintf(stderr, "tosvar-scroll: the frames differ in size\n");
+        return 1;
+    }
+    PairSearch search;
+    const std::optional<int> found =
+        search.measure(*prev, *next, args.size() == 3 ? ScrollAxis::horizontal : ScrollAxis::vertical).delta;
+    if (found) std::printf("delta %d\n", *found);
+    else std::printf("delta none\n");
+    return 0;
+}
+
+// Tallies of one pair class at one frame size.
+struct Tally {
+    int exact = 0, wrong = 0, none = 0;
+    std::vector<double> milliseconds;
+    int pairs() const { return exact + wrong + none; }
+    void add(Outcome outcome, double ms) {
+        (outcome == Outcome::exact ? exact : outcome == Outcome::wrong ? wrong : none) += 1;
+        milliseconds.push_back(ms);
+    }
+    Tally& operator+=(const Tally& other) {
+        exact += other.exact;
+        wrong += other.wrong;
+        none += other.none;
+        milliseconds.insert(milliseconds.end(), other.milliseconds.begin(), other.milliseconds.end());
+        return *this;
+    }
+};
+
+double percentile(std::vector<double> values, double p) {
+    if (values.empty()) return 0;
+    std::sort(values.begin(), values.end());
+    return values[std::min(values.size() - 1, static_cast<std::size_t>(p * (values.size() - 1) + 0.5))];
+}
+
+void printRow(const std::string& name, const std::string& size, const Tally& t) {
+    const double n = std::max(t.pairs(), 1);
+    std::printf("%-22s %-10s %6d %8.2f%% %7.2f%% %7.2f%% %8.2f %8.2f\n", name.c_str(), size.c_str(), t.pairs(),
+                100.0 * t.exact / n, 100.0 * t.wrong / n, 100.0 * t.none / n, percentile(t.milliseconds, 0.5),
+                percentile(t.milliseconds, 0.95));
+}
+
+// Pair class: the sequence class, marked with the view when the view is not unique.
+using TallyKey = std::pair<std::string, std::string>; // pair class, frame size
+struct Tallies {
+    std::map<TallyKey, Tally> byClass;
+    std::map<TallyKey, Tally> byView;
+};
+
+std::optional<Error> tally(const std::filesystem::path& folder, WorkerPool* workers, bool listMisses, Tallies& tallies) {
+    Expected<FolderResult> result = evaluateFolder(folder, workers);
+    if (!result) return result.error();
+    const Truth& truth = result->truth;
+    const std::string size = std::to_string(truth.size.width) + "x" + std::to_string(truth.size.height);
+    for (const PairResult& pair : result->pairs) {
+        const std::string pairClass =
+            truth.className + (pair.view == PairView::unique ? "" : std::string("/") + pairViewName(pair.view));
+        tallies.byClass[{pairClass, size}].add(pair.outcome, pair.milliseconds);
+        tallies.byView[{pairViewName(pair.view), size}].add(pair.outcome, pair.milliseconds);
+        if (listMisses && pair.outcome != Outcome::exact)
+            std::printf("%s %s: true %d, found %s%s\n", (folder / truth.files[pair.frame]).string().c_str(),
+                        pairViewName(pair.view), pair.trueDelta,
+                        pair.found.delta ? std::to_string(*pair.found.delta).c_str() : "none",
+                        pair.found.unchanged ? " (unchanged)" : "");
+    }
+    return std::nullopt;
+}
+
+int eval(const std::vector<std::string>& args) {
+    std::vector<std::filesystem::path> folders;
+    unsigned threads = 0;
+    bool listMisses = false;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        if (args[i] == "--threads" && i + 1 < args.size() && parseInt(args[i + 1])) {
+            threads = static_cast<unsigned>(std::max(*parseInt(args[++i]), 0));
+            continue;
+        }
+        if (args[i] == "--list") {
+            listMisses = true;
+            continue;
+        }
+        const std::filesystem::path dir = args[i];
+        if (std::filesystem::exists(dir / "truth.json")) {
+            folders.push_back(dir);
+            continue;
+        }
+        std::error_code error;
+        std::vector<std::filesystem::path> inside;
+        for (const auto& entry : std::filesystem::directory_iterator(dir, error))
+            if (std::filesystem::exists(entry.path() / "truth.json")) inside.push_back(entry.path());
+        if (error || inside.empty()) {
+            std::fprintf(stderr, "tosvar-scroll: %s holds no truth.json, nor do its folders\n", dir.string().c_str());
+            return 1;
+        }
+        std::sort(inside.begin(), inside.end());
+        folders.insert(folders.end(), inside.begin(), inside.end());
+    }
+    if (folders.empty()) return usage();
+    std::unique_ptr<WorkerPool> pool = threads > 0 ? std::make_unique<WorkerPool>(threads, "scroll-eval") : nullptr;
+
+    Tallies tallies;
+    for (const auto& folder : folders)
+        if (std::optional<Error> failed = tally(folder, pool.get(), listMisses, tallies)) {
+            std::fprintf(stderr, "tosvar-scroll: %s\n", failed->message.c_str());
+            return 1;
+        }
+    std::printf("%-22s %-10s %6s %9s %8s %8s %8s %8s\n", "pair class", "size", "pairs", "exact", "wrong", "none",
+                "ms p50", "ms p95");
+    for (const auto& [key, tally] : tallies.byClass) printRow(key.first, key.second, tally);
+    std::printf("\n");
+    std::map<std::string, Tally> viewTotals, sizeTotals;
+    for (const auto& [key, tally] : tallies.byView) {
+        printRow("view " + key.first, key.second, tally);
+        viewTotals[key.first] += tally;
+        sizeTotals[key.second] += tally;
+    }
+    for (const auto& [view, tally] : viewTotals) printRow("view " + view, "all", tally);
+    Tally all;
+    for (const auto& [size, tally] : sizeTotals) {
+        printRow("all", size, tally);
+        all += tally;
+    }
+    printRow("all", "all", all);
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 2) return usage();
+    const std::string command = argv[1];
+    const std::vector<std::string> args(argv + 2, argv + argc);
+    if (command == "generate") return generate(args);
+    if (command == "delta") return delta(args);
+    if (command == "eval") return eval(args);
+    return usage();
+}
