@@ -11,6 +11,7 @@
 #include "QtScreenLayout.h"
 #include "QtWorkspace.h"
 #include "ScreenRecordingPermission.h"
+#include "ScreenshotDropShadow.h"
 #include "SystemPermissions.h"
 #include "UnbuiltFeatures.h"
 #include "X11DisplayCapturer.h"
@@ -67,6 +68,7 @@ struct AppPlatform {
     UnbuiltTranslation translation;
     UnbuiltStickers stickers;
     UnbuiltCaptureCards cards;
+    ScreenshotDropShadow dropShadow;
 
 private:
     NotBuiltNotice forwardNotBuilt();

@@ -94,7 +94,7 @@ void TosvarAppDelegate::buildCoordinator() {
         .translation = p.translation,
         .pinned = p.stickers,
         .cards = p.cards,
-        .dropShadow = p.cards,
+        .dropShadow = p.dropShadow,
         .makeCountdown = unbuiltCountdowns([this](const std::string& feature) { notBuilt(feature); }),
         .textRecognition = p.cards,
         .screenCapturePermission = p.screenPermission,

@@ -3,7 +3,6 @@
 #include "AnnotationFileSaver.h"
 #include "AudioRecordingController.h"
 #include "CaptureCardController.h"
-#include "DropShadowDecorator.h"
 #include "MediaThumbnailer.h"
 #include "PinnedImageManager.h"
 #include "PresentationController.h"
@@ -135,12 +134,11 @@ private:
 };
 
 // The card and what it needs: no card shows yet, so `onDelivered` hears of
-// each capture (to say where it went); no text is read, no shadow is drawn.
+// each capture (to say where it went); no text is read.
 class UnbuiltCaptureCards final : public CaptureCardController,
                                   public TextRecognition,
                                   public AnnotationFileSaver,
-                                  public MediaThumbnailer,
-                                  public DropShadowDecorator {
+                                  public MediaThumbnailer {
 public:
     UnbuiltCaptureCards(NotBuiltNotice notBuilt, std::function<void(const CaptureCardItem&)> onDelivered)
         : notBuilt_(std::move(notBuilt)), onDelivered_(std::move(onDelivered)) {}
@@ -157,7 +155,6 @@ public:
     }
     void save(const Bytes&) override { notBuilt_("the editor"); }
     std::optional<Bytes> firstFramePNG(const std::filesystem::path&) const override { return std::nullopt; }
-    std::optional<Bytes> decoratePNG(const Bytes&, double) const override { return std::nullopt; }
 
 private:
     NotBuiltNotice notBuilt_;

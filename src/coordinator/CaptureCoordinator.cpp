@@ -235,7 +235,7 @@ void CaptureCoordinator::applyAnnotationResult(const RegionAnnotationOutcome& ou
 void CaptureCoordinator::decorateThenDeliver(const Bytes& png, double scale, AnnotationAction action,
                                              std::optional<Rect> frame, std::function<void()> afterDelivery) {
     std::weak_ptr<CaptureCoordinator> weak = weak_from_this();
-    const DropShadowDecorator& decorator = s_.dropShadow;
+    const DropShadowDecorating& decorator = s_.dropShadow;
     MainQueue& mainQueue = s_.mainQueue;
     s_.runDetached([weak, &decorator, &mainQueue, png, scale, action, frame, afterDelivery] {
         const auto started = std::chrono::steady_clock::now();

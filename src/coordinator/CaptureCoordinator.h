@@ -6,7 +6,7 @@
 #include "CaptureDeletion.h"
 #include "CaptureHost.h"
 #include "CaptureOutputSink.h"
-#include "DropShadowDecorator.h"
+#include "DropShadowDecorating.h"
 #include "FileCaptureSink.h"
 #include "FullScreenCapture.h"
 #include "ImageBuffer.h"
@@ -58,7 +58,7 @@ struct CaptureCoordinatorServices {
     RegionTranslationController& translation;
     PinnedImageManager& pinned;
     CaptureCardController& cards;
-    const DropShadowDecorator& dropShadow;
+    const DropShadowDecorating& dropShadow;
     RecordingCountdownFactory makeCountdown;
     TextRecognition& textRecognition;
     ScreenCapturePermission& screenCapturePermission;

@@ -156,7 +156,7 @@ struct Cards final : CaptureCardController {
 
 // Draws a "shadow" as a 1-pixel margin, so a decorated image is 2 pixels
 // wider than its original; remembers the thread it ran on.
-struct Shadow final : DropShadowDecorator {
+struct Shadow final : DropShadowDecorating {
     mutable std::mutex mutex;
     mutable std::vector<std::thread::id> threads;
     bool fail = false;

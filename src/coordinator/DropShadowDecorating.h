@@ -8,9 +8,9 @@ namespace tosvar {
 
 // Draws the screenshot drop shadow around a PNG. Called off the main thread,
 // so implementations must be safe to call from any thread.
-class DropShadowDecorator {
+class DropShadowDecorating {
 public:
-    virtual ~DropShadowDecorator() = default;
+    virtual ~DropShadowDecorating() = default;
     // None when the image cannot be decoded or encoded again.
     virtual std::optional<Bytes> decoratePNG(const Bytes& png, double scale) const = 0;
 };
