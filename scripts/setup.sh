@@ -15,6 +15,8 @@ packages=(
   libxcb-keysyms1-dev libxcb-xkb-dev libxcb-image0-dev libxkbcommon-dev libxkbcommon-x11-dev
   # codecs, data
   libpng-dev libdeflate-dev zlib1g-dev nlohmann-json3-dev
+  # reading text and QR codes
+  libtesseract-dev tesseract-ocr-eng tesseract-ocr-chi-sim tesseract-ocr-chi-tra libzxing-dev
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # running and driving the application headless
