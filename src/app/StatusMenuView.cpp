@@ -62,6 +62,10 @@ QKeySequence shortcut(const MenuKeyEquivalent& key) {
     return QKeySequence(keyOnly[0].key() | static_cast<Qt::KeyboardModifiers>(modifiers));
 }
 
+QKeySequence shortcut(const GlobalHotkeyBinding& binding) {
+    return shortcut(MenuKeyEquivalent{binding.menuKeyEquivalent(), binding.menuKeyEquivalentModifierMask()});
+}
+
 void fill(QMenu& menu, const std::vector<StatusMenuRow>& rows, const StatusMenuPresentation& presentation,
           const ActionHandler& onAction) {
     menu.clear();

@@ -29,6 +29,8 @@ void fill(QMenu& menu, const std::vector<StatusMenuRow>& rows, const StatusMenuP
 
 // The shortcut of a fixed key equivalent (Command is Ctrl, Control is Meta).
 QKeySequence shortcut(const MenuKeyEquivalent& key);
+// The shortcut of a hotkey binding, as menus and windows show it ("Ctrl+Shift+2").
+QKeySequence shortcut(const GlobalHotkeyBinding& binding);
 
 // The tray icon: a viewfinder, with a red dot while recording and a pause
 // mark while paused, drawn at the sizes trays ask for.

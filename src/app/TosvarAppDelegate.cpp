@@ -24,10 +24,6 @@ namespace {
 
 constexpr std::string_view notBuiltToastKey = "tosvar.toast.notBuilt";
 
-QKeySequence hotkeyShortcut(const GlobalHotkeyBinding& binding) {
-    return StatusMenuView::shortcut({binding.menuKeyEquivalent(), binding.menuKeyEquivalentModifierMask()});
-}
-
 } // namespace
 
 TosvarAppDelegate::TosvarAppDelegate(AppPlatform& platform)
@@ -202,7 +198,7 @@ void TosvarAppDelegate::rebuildStatusMenu() {
     for (const RecentCaptures::Entry& entry : recents_.entries()) state.recentCaptures.push_back(entry.url);
     state.siblingIsRunning = siblingIsRunning_;
     state.siblingDisplayName = SiblingApp::displayName;
-    StatusMenuView::fill(statusMenu_, StatusMenuModel::build(state), {localize, hotkeyShortcut},
+    StatusMenuView::fill(statusMenu_, StatusMenuModel::build(state), {localize, [](const GlobalHotkeyBinding& binding) { return StatusMenuView::shortcut(binding); }},
                          [this](StatusMenuAction action, const std::filesystem::path& file) { perform(action, file); });
 }
 

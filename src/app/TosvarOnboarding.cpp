@@ -3,6 +3,7 @@
 #include "AppPlatform.h"
 #include "BuildTarget.h"
 #include "CaptureSaveFolderPicker.h"
+#include "StatusMenuView.h"
 
 #include <QApplication>
 #include <QFrame>
@@ -109,7 +110,9 @@ void TosvarOnboarding::build() {
     int row = 0;
     for (const auto& [title, binding] : welcomeShortcuts(d_.settings())) {
         shortcuts->addWidget(new QLabel(title, &window), row, 0);
-        auto* keys = new QLabel(binding ? QString::fromStdString(binding->displayName()) : text("onboarding.noShortcut"), &window);
+        auto* keys = new QLabel(binding ? StatusMenuView::shortcut(*binding).toString(QKeySequence::NativeText)
+                                        : text("onboarding.noShortcut"),
+                                &window);
         keys->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         shortcuts->addWidget(keys, row++, 1);
     }
