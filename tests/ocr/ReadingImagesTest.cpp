@@ -1,4 +1,6 @@
 // Reading text and QR codes off rendered images, with the installed models.
+#include "InMemoryDefaultsStore.h"
+#include "OCRLanguagePreference.h"
 #include "TesseractTextRecognizer.h"
 #include "TestApplication.h"
 #include "ZXingQRCodeReader.h"
@@ -83,4 +85,21 @@ TEST(ZXingQRCodeReader, FindsTheCodeAndWhereItIs) {
     EXPECT_GT(codes[0].normalizedBox.width(), 0.4);
     EXPECT_TRUE(reader.qrCodes(renderedText({"no code here"}, 20)).empty());
     EXPECT_TRUE(reader.qrCodes(ImageBuffer()).empty());
+}
+
+TEST(OCRLanguagePreference, NeverWithoutEnglishAndWritesOnlyWhatChanges) {
+    InMemoryDefaultsStore defaults;
+    EXPECT_EQ(OCRLanguagePreference::languages(defaults), OCRLanguagePreference::defaultLanguages);
+    defaults.set(OCRLanguagePreference::key, std::string("not json"));
+    EXPECT_EQ(OCRLanguagePreference::languages(defaults), OCRLanguagePreference::defaultLanguages);
+
+    OCRLanguagePreference::setLanguages(defaults, {"ja"});
+    EXPECT_EQ(OCRLanguagePreference::languages(defaults), (std::vector<std::string>{"ja", "en-US"}));
+    EXPECT_EQ(defaults.string(OCRLanguagePreference::key), R"(["ja"])") << "stored as given";
+
+    OCRLanguagePreference::addForAppLanguage(defaults, "de");
+    EXPECT_EQ(defaults.string(OCRLanguagePreference::key), R"(["ja","en-US","de"])");
+    OCRLanguagePreference::setLanguages(defaults, {"en-GB", "de"});
+    OCRLanguagePreference::addForAppLanguage(defaults, "de");
+    EXPECT_EQ(defaults.string(OCRLanguagePreference::key), R"(["en-GB","de"])") << "both already there";
 }
