@@ -5,6 +5,8 @@
 #include "LeaderSupport.h"
 #include "SegmentCurve.h"
 
+#include "NearGeometry.h"
+
 #include <gtest/gtest.h>
 
 using namespace tosvar;
@@ -15,10 +17,6 @@ namespace {
 
 const FakeTextMeasuring measure;
 
-void expectNear(Point actual, Point expected, double within = 1e-9) {
-    EXPECT_NEAR(actual.x, expected.x, within);
-    EXPECT_NEAR(actual.y, expected.y, within);
-}
 
 AnnotationStyle withLeader(Point tip, double curvature = 0) {
     AnnotationStyle style;
@@ -27,11 +25,6 @@ AnnotationStyle withLeader(Point tip, double curvature = 0) {
     return style;
 }
 
-void expectNear(const Rect& actual, const Rect& expected) {
-    expectNear(actual.origin, expected.origin);
-    EXPECT_NEAR(actual.size.width, expected.size.width, 1e-9);
-    EXPECT_NEAR(actual.size.height, expected.size.height, 1e-9);
-}
 
 } // namespace
 

@@ -2,20 +2,14 @@
 #include "PlaneMath.h"
 #include "SegmentCurve.h"
 
+#include "NearGeometry.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 using namespace tosvar;
-
-namespace {
-
-void expectNear(Point actual, Point expected, double within = 1e-9) {
-    EXPECT_NEAR(actual.x, expected.x, within);
-    EXPECT_NEAR(actual.y, expected.y, within);
-}
-
-} // namespace
+using namespace tosvar::samples;
 
 TEST(SegmentCurve, ApexControlAndCurvatureAgree) {
     expectNear(SegmentCurve::apex({0, 0}, {100, 0}, 10), {50, 10});
