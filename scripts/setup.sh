@@ -19,6 +19,8 @@ packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # running and driving the application headless
   xvfb xauth trayer xdotool xclip x11-utils x11-xserver-utils dbus dbus-x11 fonts-dejavu-core
+  # the face annotation text is measured and drawn in
+  fonts-liberation2
 )
 
 missing=()
