@@ -16,14 +16,15 @@ constexpr double textBoxMargin = 6;
 
 Rect including(const Rect& box, Point p) { return box.unionWith(Rect(p, Size{})); }
 
-// The body grown to take in the leader's tip and, when bent, its control point.
-Rect withLeader(const TextMeasuring& measure, const AnnotationElement& element, Rect body) {
+// `box` (the body, perhaps with a margin) grown to take in the leader's tip
+// and, when bent, its control point.
+Rect withLeader(const AnnotationElement& element, const Rect& body, Rect box) {
     const std::optional<Point> tip = LeaderSupport::tip(element);
-    if (!tip) return body;
-    body = including(body, *tip);
-    if (element.style.curvature == 0) return body;
-    const Point start = LeaderSupport::startOrCenter(measure, element);
-    return including(body, SegmentCurve::control(start, *tip, element.style.curvature));
+    if (!tip) return box;
+    box = including(box, *tip);
+    if (element.style.curvature == 0) return box;
+    const Point start = LeaderSupport::startOrCenter(element, body);
+    return including(box, SegmentCurve::control(start, *tip, element.style.curvature));
 }
 
 } // namespace
@@ -48,12 +49,10 @@ Size textSize(const TextMeasuring& measure, std::string_view text, double fontSi
 Rect visualBox(const TextMeasuring& measure, const AnnotationElement& element) {
     using C = AnnotationKind::Case;
     const AnnotationStyle& style = element.style;
-    if (element.geometry.asPoint()) {
-        if (element.kind.is(C::text)) {
-            const Rect body = LeaderSupport::bodyRect(measure, element);
-            return withLeader(measure, element, body.insetBy(-textBoxMargin, -textBoxMargin));
-        }
-        if (element.kind.is(C::stepBadge)) return withLeader(measure, element, LeaderSupport::bodyRect(measure, element));
+    if (element.geometry.asPoint() && LeaderSupport::supportsLeader(element.kind.kindCase())) {
+        const Rect body = LeaderSupport::bodyRect(measure, element);
+        const double margin = element.kind.is(C::text) ? textBoxMargin : 0;
+        return withLeader(element, body, body.insetBy(-margin, -margin));
     }
     const Rect box = element.geometry.boundingBox();
     if (const Geometry::Segment* segment = element.geometry.asSegment()) {

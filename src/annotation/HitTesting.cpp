@@ -47,12 +47,24 @@ bool insideEllipse(Point p, const Rect& rect) {
 }
 
 // Within reach of the leader's spine, from where it leaves the body to its tip.
-bool nearLeader(const TextMeasuring& measure, const AnnotationElement& element, Point tip, Point p, double tolerance,
-                double floor) {
+bool nearLeader(const AnnotationElement& element, const Rect& body, Point p, double tolerance, double floor) {
     const double halfWidth = element.style.leaderWidth ? *element.style.leaderWidth / 2 : 4;
     const double reach = std::max(tolerance + halfWidth, floor);
-    const Point start = LeaderSupport::startOrCenter(measure, element);
-    return nearPolyline(p, SegmentCurve::spine(start, tip, element.style, fineSamplesPerSegment), reach);
+    const Point start = LeaderSupport::startOrCenter(element, body);
+    return nearPolyline(p, SegmentCurve::spine(start, *element.style.leaderTip, element.style, fineSamplesPerSegment),
+                        reach);
+}
+
+// The body of a text or badge, measured once, and the pointer in its
+// unrotated frame: the body turns about its own centre.
+struct BodyAndPointer {
+    Rect body;
+    Point local;
+};
+
+BodyAndPointer bodyAndPointer(const TextMeasuring& measure, const AnnotationElement& element, Point p) {
+    const Rect body = LeaderSupport::bodyRect(measure, element);
+    return {body, ElementRotation::rotate(p, body.center(), -ElementRotation::degrees(element))};
 }
 
 bool hitsRect(const TextMeasuring& measure, const AnnotationElement& element, const Rect& rect, Point q,
@@ -87,22 +99,24 @@ bool hitsPath(const AnnotationElement& element, const std::vector<Point>& path, 
     return nearPolyline(q, path, reach);
 }
 
-bool hitsPoint(const TextMeasuring& measure, const AnnotationElement& element, Point p, Point q, double tolerance) {
+bool hitsPoint(const TextMeasuring& measure, const AnnotationElement& element, Point p, double tolerance) {
     if (!LeaderSupport::supportsLeader(element.kind.kindCase())) {
+        const Point q = ElementRotation::toLocal(measure, p, element);
         return grownContains(ElementBounds::visualBox(measure, element), tolerance, q);
     }
-    if (grownContains(LeaderSupport::bodyRect(measure, element), tolerance, q)) return true;
-    const std::optional<Point> tip = LeaderSupport::tip(element);
-    return tip && nearLeader(measure, element, *tip, p, tolerance, minimumReach);
+    const auto [body, q] = bodyAndPointer(measure, element, p);
+    if (grownContains(body, tolerance, q)) return true;
+    return element.style.leaderTip && nearLeader(element, body, p, tolerance, minimumReach);
 }
 
 } // namespace
 
 bool hitTest(const TextMeasuring& measure, const AnnotationElement& element, Point p, double tolerance) {
     if (const TranslatedBlock* block = element.kind.blockPayload(); block && block->isHidden) return false;
+    const Geometry& geometry = element.geometry;
+    if (geometry.asPoint()) return hitsPoint(measure, element, p, tolerance);
     const Point q = ElementRotation::toLocal(measure, p, element);
     const double reach = std::max(element.style.lineWidth / 2 + tolerance, minimumReach);
-    const Geometry& geometry = element.geometry;
     if (const Geometry::Segment* segment = geometry.asSegment()) {
         return nearPolyline(q, SegmentCurve::spine(segment->from, segment->to, element.style, strokeSamplesPerSegment),
                             reach);
@@ -110,8 +124,7 @@ bool hitTest(const TextMeasuring& measure, const AnnotationElement& element, Poi
     if (const Rect* rect = geometry.asRect()) {
         return hitsRect(measure, element, rect->standardized(), q, tolerance, reach);
     }
-    if (const std::vector<Point>* path = geometry.asPath()) return hitsPath(element, *path, q, reach);
-    return hitsPoint(measure, element, p, q, tolerance);
+    return hitsPath(element, *geometry.asPath(), q, reach);
 }
 
 std::optional<Uuid> topmost(const TextMeasuring& measure, std::span<const AnnotationElement> elements, Point p,
@@ -124,9 +137,9 @@ std::optional<Uuid> topmost(const TextMeasuring& measure, std::span<const Annota
 
 bool isOverLeader(const TextMeasuring& measure, const AnnotationElement& element, Point p, double tolerance) {
     if (!LeaderSupport::hasLeader(element)) return false;
-    const Point q = ElementRotation::toLocal(measure, p, element);
-    if (grownContains(LeaderSupport::bodyRect(measure, element), tolerance, q)) return false;
-    return nearLeader(measure, element, *element.style.leaderTip, p, tolerance, minimumLeaderGrabReach);
+    const auto [body, q] = bodyAndPointer(measure, element, p);
+    if (grownContains(body, tolerance, q)) return false;
+    return nearLeader(element, body, p, tolerance, minimumLeaderGrabReach);
 }
 
 Point nearestPointOnSegment(Point p, Point a, Point b) {

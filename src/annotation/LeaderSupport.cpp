@@ -59,10 +59,18 @@ std::vector<Point> exitSamples(Point center, Point tip, const AnnotationStyle& s
 }
 
 std::optional<Point> leaderStart(const TextMeasuring& measure, const AnnotationElement& element) {
+    if (!tip(element)) return std::nullopt;
+    return leaderStart(element, bodyRect(measure, element));
+}
+
+Point startOrCenter(const TextMeasuring& measure, const AnnotationElement& element) {
+    return startOrCenter(element, bodyRect(measure, element));
+}
+
+std::optional<Point> leaderStart(const AnnotationElement& element, const Rect& body) {
     using C = AnnotationKind::Case;
     const std::optional<Point> leaderTip = tip(element);
     if (!leaderTip) return std::nullopt;
-    const Rect body = bodyRect(measure, element);
     const Point bodyCenter = body.center();
     if (element.kind.is(C::stepBadge)) {
         const double r = badgeRadius(element.style);
@@ -84,8 +92,8 @@ std::optional<Point> leaderStart(const TextMeasuring& measure, const AnnotationE
     return bodyCenter;
 }
 
-Point startOrCenter(const TextMeasuring& measure, const AnnotationElement& element) {
-    return leaderStart(measure, element).value_or(center(measure, element));
+Point startOrCenter(const AnnotationElement& element, const Rect& body) {
+    return leaderStart(element, body).value_or(body.center());
 }
 
 } // namespace tosvar::LeaderSupport

@@ -40,5 +40,8 @@ std::vector<Point> exitSamples(Point center, Point tip, const AnnotationStyle& s
 std::optional<Point> leaderStart(const TextMeasuring& measure, const AnnotationElement& element);
 // `leaderStart`, or the body's centre when the leader never leaves the body.
 Point startOrCenter(const TextMeasuring& measure, const AnnotationElement& element);
+// The same two for a body already measured by `bodyRect`.
+std::optional<Point> leaderStart(const AnnotationElement& element, const Rect& body);
+Point startOrCenter(const AnnotationElement& element, const Rect& body);
 
 } // namespace tosvar::LeaderSupport

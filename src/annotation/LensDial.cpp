@@ -18,8 +18,8 @@ Point dotPosition(const Rect& rect) { return center(rect) + Point{ringRadius(rec
 
 double zoom(double startZoom, double draggedBy) {
     const double z = startZoom + draggedBy / pointsPerZoomUnit;
-    if (z < minimumZoom) return minimumZoom;
-    return std::round(std::min(z, maximumZoom) * 10) / 10;
+    if (z < zoomRange.lowerBound) return zoomRange.lowerBound;
+    return std::round(std::min(z, zoomRange.upperBound) * 10) / 10;
 }
 
 double ringSwell(double startZoom, double currentZoom) { return std::clamp(4 * (currentZoom - startZoom), -12.0, 16.0); }

@@ -7,12 +7,15 @@
 // dot on its rim that zooms it by vertical drag.
 namespace tosvar::LensDial {
 
-inline constexpr double minimumZoom = 1;
-inline constexpr double maximumZoom = 8;
+struct ZoomRange {
+    double lowerBound;
+    double upperBound;
+};
+inline constexpr ZoomRange zoomRange{1, 8};
 // Vertical drag, in pixels, that changes the zoom by one.
 inline constexpr double pointsPerZoomUnit = 36;
 
-// A quarter of the height, kept between 26 and 42.
+// 0.24 of the height, kept between 26 and 42.
 double ringRadius(const Rect& rect);
 // Below the middle by 0.22 * height + 10, staying 16 clear of the bottom edge.
 Point center(const Rect& rect);
