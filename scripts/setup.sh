@@ -23,6 +23,8 @@ packages=(
   xvfb xauth trayer xdotool xclip x11-utils x11-xserver-utils dbus dbus-x11 fonts-dejavu-core
   # the accessibility bus, for element detection
   at-spi2-core
+  # the face annotation text is measured and drawn in
+  fonts-liberation2
 )
 
 missing=()

@@ -1,5 +1,7 @@
 #include "Geometry.h"
 
+#include <algorithm>
+
 namespace tosvar {
 
 namespace {
@@ -12,6 +14,26 @@ template <typename... Cases>
 Overloaded(Cases...) -> Overloaded<Cases...>;
 
 } // namespace
+
+Rect Geometry::boundingBox() const {
+    return std::visit(Overloaded{
+                          [](const Segment& s) {
+                              return Rect::fromEdges(std::min(s.from.x, s.to.x), std::min(s.from.y, s.to.y),
+                                                     std::max(s.from.x, s.to.x), std::max(s.from.y, s.to.y));
+                          },
+                          [](const Rect& r) { return r.standardized(); },
+                          [](const std::vector<Point>& points) {
+                              if (points.empty()) return Rect();
+                              const auto [minX, maxX] = std::minmax_element(
+                                  points.begin(), points.end(), [](Point a, Point b) { return a.x < b.x; });
+                              const auto [minY, maxY] = std::minmax_element(
+                                  points.begin(), points.end(), [](Point a, Point b) { return a.y < b.y; });
+                              return Rect::fromEdges(minX->x, minY->y, maxX->x, maxY->y);
+                          },
+                          [](const Point& p) { return Rect(p, Size{}); },
+                      },
+                      value);
+}
 
 Geometry Geometry::translated(Point offset) const {
     return std::visit(Overloaded{

@@ -31,6 +31,11 @@ struct Geometry {
     const std::vector<Point>* asPath() const { return std::get_if<std::vector<Point>>(&value); }
     const Point* asPoint() const { return std::get_if<Point>(&value); }
 
+    // The box around the geometry with a non-negative size: the span of a
+    // segment, the rectangle standardized, the extremes of a path (zero at the
+    // origin when empty), or a zero-size box at the point.
+    Rect boundingBox() const;
+
     // A copy moved by `offset`: both ends, the rectangle's origin, every path point, or the point.
     Geometry translated(Point offset) const;
 

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Point.h"
+#include "Size.h"
+#include "TextMeasuring.h"
+
+#include <array>
+#include <string_view>
+
+// The repeated watermark text: tiles of the text turned by one angle about
+// the canvas centre moved by the offset. Only the centre tile can be touched.
+namespace tosvar::WatermarkLayout {
+
+// The centre tile's corners (top-left, top-right, bottom-right, bottom-left)
+// after turning. Empty text is measured as a single space.
+std::array<Point, 4> centerTileCorners(const TextMeasuring& measure, std::string_view text, double fontSize,
+                                       double angleDegrees, Size offset, Size canvas);
+
+// Whether `at` lies within `tolerance` of the centre tile, judged in the
+// tile's own turned frame. Never for empty text or a canvas without area.
+bool centerTileHitTest(const TextMeasuring& measure, std::string_view text, double fontSize, double angleDegrees,
+                       Size offset, Size canvas, Point at, double tolerance);
+
+} // namespace tosvar::WatermarkLayout
