@@ -3,6 +3,7 @@
 #include "ElementBounds.h"
 #include "ElementRotation.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tosvar::WatermarkLayout {
@@ -18,6 +19,28 @@ Size tileSize(const TextMeasuring& measure, std::string_view text, double fontSi
 }
 
 } // namespace
+
+std::vector<Point> tileCenters(const TextMeasuring& measure, std::string_view text, double fontSize, double angleDegrees,
+                               double spacing, Size offset, Size canvas) {
+    std::vector<Point> centres;
+    if (!(canvas.width > 0) || !(canvas.height > 0)) return centres;
+    const Size tile = tileSize(measure, text, fontSize);
+    const double gap = 3 * fontSize * std::max(spacing, 0.1);
+    const double stepX = std::max(tile.width + gap, 1.0);
+    const double stepY = std::max(tile.height + gap, 1.0);
+    const Point c = tileCenter(offset, canvas);
+    double reach = 0;
+    for (const Point corner : {Point{0, 0}, Point{canvas.width, 0}, Point{0, canvas.height}, Point{canvas.width, canvas.height}})
+        reach = std::max(reach, std::hypot(corner.x - c.x, corner.y - c.y));
+    const int nx = static_cast<int>(std::ceil(reach / stepX)) + 2;
+    const int ny = static_cast<int>(std::ceil(reach / stepY)) + 1;
+    for (int j = -ny; j <= ny; ++j)
+        for (int i = -nx; i <= nx; ++i) {
+            const Point unturned{c.x + i * stepX + (j % 2 != 0 ? stepX / 2 : 0), c.y + j * stepY};
+            centres.push_back(ElementRotation::rotate(unturned, c, angleDegrees));
+        }
+    return centres;
+}
 
 std::array<Point, 4> centerTileCorners(const TextMeasuring& measure, std::string_view text, double fontSize,
                                        double angleDegrees, Size offset, Size canvas) {

@@ -3,7 +3,6 @@
 #include "MosaicEngine.h"
 #include "PngEncoder.h"
 #include "StepBadgeLabel.h"
-#include "WatermarkLayout.h"
 
 #include <gtest/gtest.h>
 
@@ -136,27 +135,4 @@ TEST(StepBadgeLabel, CountsNumbersAndLetters) {
     EXPECT_EQ(StepBadgeLabel::next("ZZ"), "AAA");
     EXPECT_EQ(StepBadgeLabel::next("a1"), "a1");
     EXPECT_EQ(StepBadgeLabel::next("99999999999999999999999"), "99999999999999999999999") << "too big to count";
-}
-
-TEST(WatermarkLayout, BricksCoverTheCanvasFromTheShiftedCentre) {
-    const Size text{100, 20};
-    const Size canvas{400, 300};
-    const auto flat = WatermarkLayout::tileCenters(text, 10, 0, 1, {0, 0}, canvas);
-    // gap 30: steps 130 x 50; reach 250 from the centre gives nx 4 and ny 6.
-    ASSERT_EQ(flat.size(), 9u * 13u);
-    EXPECT_EQ(flat.front(), (Point{200 - 4 * 130, 150 - 6 * 50})) << "an even row";
-    EXPECT_EQ(flat[9], (Point{200 - 4 * 130 + 65, 150 - 5 * 50})) << "an odd row is shifted half a step";
-    EXPECT_TRUE(WatermarkLayout::tileCenters(text, 10, 0, 1, {0, 0}, {0, 10}).empty());
-
-    // An offset moves the centre, and the reach is measured from there.
-    const auto shifted = WatermarkLayout::tileCenters(text, 10, 0, 1, {150, 0}, canvas);
-    EXPECT_GT(shifted.size(), flat.size());
-
-    const auto corners = WatermarkLayout::centerTileCorners(text, 90, {0, 0}, canvas);
-    EXPECT_NEAR(corners[0].x, 210, 1e-9);
-    EXPECT_NEAR(corners[0].y, 100, 1e-9);
-    EXPECT_TRUE(WatermarkLayout::centerTileHitTest(text, false, 90, {0, 0}, canvas, {205, 195}, 0));
-    EXPECT_FALSE(WatermarkLayout::centerTileHitTest(text, false, 90, {0, 0}, canvas, {245, 150}, 0));
-    EXPECT_TRUE(WatermarkLayout::centerTileHitTest(text, false, 90, {0, 0}, canvas, {215, 150}, 6));
-    EXPECT_FALSE(WatermarkLayout::centerTileHitTest(text, true, 90, {0, 0}, canvas, {200, 150}, 6));
 }
