@@ -4,11 +4,12 @@
 #include "CorpusPainter.h"
 #include "FileContents.h"
 #include "PngEncoder.h"
+#include "ScrollSessionFolder.h"
+#include "ScrollTranspose.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cstdio>
 #include <random>
 
 namespace tosvar::ScrollCorpus {
@@ -298,6 +299,53 @@ std::vector<int> motion(int frames, int length, std::mt19937& random) {
     return offsets;
 }
 
+// Forward in steps of a quarter to a half frame; every third frame goes back
+// up by a quarter to two thirds of a frame, into rows already seen.
+std::vector<int> backAndForth(int frames, int length, std::mt19937& random) {
+    auto roll = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(std::max(n, 1))); };
+    std::vector<int> offsets = {0};
+    for (int i = 1; i < frames; ++i) {
+        const int step = i % 3 == 0 ? -(length / 4 + roll(length * 5 / 12)) : length / 4 + roll(length / 4);
+        offsets.push_back(std::max(0, offsets.back() + step));
+    }
+    return offsets;
+}
+
+// Forward in steps of a third to a half frame; every tenth frame jumps back
+// by more than a frame into rows already seen and stays there for two more
+// frames, long enough for a lost stitcher to look for it.
+std::vector<int> jumpBack(int frames, int length, std::mt19937& random) {
+    auto roll = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(std::max(n, 1))); };
+    std::vector<int> offsets = {0};
+    for (int i = 1; i < frames; ++i) {
+        const int phase = i % 10;
+        const int at = offsets.back();
+        if (phase == 7 && at > length * 5 / 4) offsets.push_back(roll(at - length * 5 / 4));
+        else if (phase == 8 || phase == 9) offsets.push_back(at);
+        else offsets.push_back(at + length / 3 + roll(length / 6));
+    }
+    return offsets;
+}
+
+// From three frames down the page up to its top in steps of a quarter to
+// half a frame.
+std::vector<int> upward(int frames, int length, std::mt19937& random) {
+    auto roll = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(std::max(n, 1))); };
+    std::vector<int> offsets = {3 * length};
+    for (int i = 1; i < frames; ++i) offsets.push_back(std::max(0, offsets.back() - length / 4 - roll(length / 4)));
+    return offsets;
+}
+
+std::vector<int> offsetsFor(Motion kind, int frames, int length, std::mt19937& random) {
+    switch (kind) {
+    case Motion::mixed: return motion(frames, length, random);
+    case Motion::backAndForth: return backAndForth(frames, length, random);
+    case Motion::jumpBack: return jumpBack(frames, length, random);
+    case Motion::upward: return upward(frames, length, random);
+    }
+    return motion(frames, length, random);
+}
+
 // A hash of every page line across the scrolling axis: its rows, or its
 // columns when the page scrolls sideways.
 std::vector<std::uint64_t> lineHashes(const ImageBuffer& page, bool sideways) {
@@ -341,12 +389,6 @@ std::uint32_t nameHash(const std::string& name) {
 
 const char* axisName(ScrollAxis axis) { return axis == ScrollAxis::horizontal ? "horizontal" : "vertical"; }
 
-std::string frameFileName(int index) {
-    char name[32];
-    std::snprintf(name, sizeof name, "frame-%06d.png", index);
-    return name;
-}
-
 } // namespace
 
 const char* pairViewName(PairView view) {
@@ -361,6 +403,22 @@ const char* pairViewName(PairView view) {
 std::optional<PairView> pairViewNamed(const std::string& name) {
     for (PairView view : {PairView::unique, PairView::repeated, PairView::flat})
         if (name == pairViewName(view)) return view;
+    return std::nullopt;
+}
+
+const char* motionName(Motion motion) {
+    switch (motion) {
+    case Motion::mixed: return "mixed";
+    case Motion::backAndForth: return "backforth";
+    case Motion::jumpBack: return "jumpback";
+    case Motion::upward: return "upward";
+    }
+    return "mixed";
+}
+
+std::optional<Motion> motionNamed(const std::string& name) {
+    for (Motion motion : {Motion::mixed, Motion::backAndForth, Motion::jumpBack, Motion::upward})
+        if (name == motionName(motion)) return motion;
     return std::nullopt;
 }
 
@@ -397,7 +455,7 @@ Expected<Sequence> Sequence::generate(const SequenceRequest& request) {
     std::mt19937 random(hash(request.seed, request.size.width, request.size.height,
                              nameHash(request.className)));
     const int length = r->sideways ? layout->contentW : layout->contentH;
-    sequence.offsets_ = motion(request.frames, length, random);
+    sequence.offsets_ = offsetsFor(request.motion, request.frames, length, random);
     layout->pageLength = *std::max_element(sequence.offsets_.begin(), sequence.offsets_.end()) + length;
 
     const int pageW = r->sideways ? layout->pageLength : layout->contentW;
@@ -523,13 +581,41 @@ ImageBuffer Sequence::frame(int index) const {
     return std::move(out).freeze();
 }
 
+DocumentTruth Sequence::documentTruth() const {
+    const Layout& l = *layout_;
+    const int s = l.scale;
+    DocumentTruth truth;
+    std::vector<PixelRect> moving = l.videos;
+    moving.insert(moving.end(), l.spinners.begin(), l.spinners.end());
+    moving.insert(moving.end(), l.carets.begin(), l.carets.end());
+    if (axis_ == ScrollAxis::horizontal) {
+        truth.lead = l.sidebarW;
+        truth.length = l.contentW;
+        truth.crossStart = l.headerH;
+        truth.crossLength = l.contentH;
+        for (const PixelRect& r : moving) truth.moving.push_back({r.y, r.x, r.height, r.width});
+        truth.page = ScrollTranspose::transposed(page_).value_or(ImageBuffer{});
+        return truth;
+    }
+    truth.lead = l.headerH;
+    truth.trail = l.footerH;
+    truth.length = l.contentH;
+    truth.crossStart = l.sidebarW;
+    truth.crossLength = l.contentW;
+    truth.moving = std::move(moving);
+    if (features_->floatingButton)
+        truth.overlays.push_back({request_.size.width - 98 * s, request_.size.height - l.footerH - 98 * s, 52 * s, 52 * s});
+    truth.page = page_;
+    return truth;
+}
+
 std::optional<Error> write(const Sequence& sequence, const std::filesystem::path& folder) {
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error) return Error{"cannot create " + folder.string() + ": " + error.message()};
     nlohmann::json frames = nlohmann::json::array();
     for (int i = 0; i < sequence.frameCount(); ++i) {
-        const std::string name = frameFileName(i);
+        const std::string name = ScrollSessionFolder::frameFileName(i);
         if (std::optional<Error> failed = PngEncoder::writeFile(sequence.frame(i), folder / name)) return failed;
         nlohmann::json frame = {{"file", name}, {"offset", sequence.offset(i)}};
         if (i > 0) frame["view"] = pairViewName(sequence.view(i));
@@ -541,6 +627,7 @@ std::optional<Error> write(const Sequence& sequence, const std::filesystem::path
                                   {"height", request.size.height},
                                   {"axis", axisName(sequence.axis())},
                                   {"seed", request.seed},
+                                  {"motion", motionName(request.motion)},
                                   {"frames", frames}};
     return AtomicFile::write(folder / "truth.json", truth.dump(2) + "\n");
 }
@@ -556,6 +643,10 @@ Expected<Truth> readTruth(const std::filesystem::path& folder) {
         Truth truth;
         truth.className = json.at("class").get<std::string>();
         truth.size = {json.at("width").get<int>(), json.at("height").get<int>()};
+        truth.seed = json.value("seed", 1u);
+        const std::string motion = json.value("motion", std::string("mixed"));
+        if (!motionNamed(motion)) return Error{where + ": unknown motion \"" + motion + "\""};
+        truth.motion = *motionNamed(motion);
         truth.axis = json.value("axis", std::string("vertical")) == "horizontal" ? ScrollAxis::horizontal
                                                                                 : ScrollAxis::vertical;
         for (const nlohmann::json& frame : json.at("frames")) {
