@@ -14,17 +14,17 @@ ScrollStitcher sessionStitcher(ScrollAxis axis, WorkerPool* workers) {
 } // namespace
 
 ScrollReplay::ScrollReplay(std::optional<ScrollAxis> axis, WorkerPool* workers)
-    : vertical_(sessionStitcher(axis.value_or(ScrollAxis::vertical), workers)), decided_(axis) {
+    : stitcher_(sessionStitcher(axis.value_or(ScrollAxis::vertical), workers)), decided_(axis) {
     if (!axis) horizontal_ = sessionStitcher(ScrollAxis::horizontal, workers);
 }
 
 ScrollStitcher::Result ScrollReplay::ingest(const ImageBuffer& frame) {
-    if (decided_ == ScrollAxis::horizontal) return horizontal_->ingest(frame);
-    const ScrollStitcher::Result vertical = vertical_.ingest(frame);
+    const ScrollStitcher::Result vertical = stitcher_.ingest(frame);
     if (decided_) return vertical;
     const ScrollStitcher::Result sideways = horizontal_->ingest(frame);
     decided_ = detector_.observe(vertical.kind, sideways.kind);
-    if (decided_ == ScrollAxis::vertical) horizontal_.reset();
+    if (decided_ == ScrollAxis::horizontal) stitcher_ = std::move(*horizontal_);
+    if (decided_) horizontal_.reset();
     return decided_ == ScrollAxis::horizontal ? sideways : vertical;
 }
 

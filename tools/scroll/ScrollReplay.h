@@ -19,12 +19,12 @@ public:
     // sideways decision).
     ScrollStitcher::Result ingest(const ImageBuffer& frame);
 
-    const ScrollStitcher& stitcher() const { return decided_ == ScrollAxis::horizontal ? *horizontal_ : vertical_; }
+    const ScrollStitcher& stitcher() const { return stitcher_; }
     std::optional<ScrollAxis> decidedAxis() const { return decided_; }
 
 private:
-    ScrollStitcher vertical_;
-    std::optional<ScrollStitcher> horizontal_;
+    ScrollStitcher stitcher_;                  // of the given axis, else vertical until decided
+    std::optional<ScrollStitcher> horizontal_; // while the axis is undecided
     ScrollAxisDetector detector_;
     std::optional<ScrollAxis> decided_;
 };

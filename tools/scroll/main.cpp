@@ -32,7 +32,7 @@ int usage() {
                  "usage: tosvar-scroll generate OUT [--classes a,b,...] [--sizes WxH,...] [--frames N] [--seed N]\n"
                  "                              [--motion mixed|backforth|jumpback|upward]\n"
                  "       tosvar-scroll delta PREV.png NEXT.png [--horizontal]\n"
-                 "       tosvar-scroll eval DIR... [--threads N] [--list]\n"
+                 "       tosvar-scroll eval DIR... [--threads N] [--list] [--detect-axis]\n"
                  "       tosvar-scroll replay DIR [-o OUT.png] [--horizontal]\n"
                  "classes:");
     for (const std::string& name : classNames()) std::fprintf(stderr, " %s", name.c_str());
@@ -193,7 +193,12 @@ int eval(const std::vector<std::string>& args) {
     std::vector<std::filesystem::path> folders;
     unsigned threads = 0;
     bool listMisses = false;
+    bool detectAxis = false;
     for (std::size_t i = 0; i < args.size(); ++i) {
+        if (args[i] == "--detect-axis") {
+            detectAxis = true;
+            continue;
+        }
         if (args[i] == "--threads" && i + 1 < args.size() && parseInt(args[i + 1])) {
             threads = static_cast<unsigned>(std::max(*parseInt(args[++i]), 0));
             continue;
@@ -244,6 +249,25 @@ int eval(const std::vector<std::string>& args) {
         all += tally;
     }
     printRow("all", "all", all);
+
+    std::printf("\n%-24s %-10s %7s %7s %6s %5s %5s %6s %6s %8s %7s %8s %8s\n", "sequence", "size", "height", "error",
+                "seams", "bad", "dup", "miss", "bars", "px off", "lost", "misplace", "ms p50");
+    for (const auto& folder : folders) {
+        Expected<SequenceResult> r = evaluateSequence(folder, detectAxis, pool.get());
+        if (!r) {
+            std::fprintf(stderr, "tosvar-scroll: %s\n", r.error().message.c_str());
+            return 1;
+        }
+        const std::string name = r->truth.className + (r->truth.motion == Motion::mixed ? "" : std::string("/") + motionName(r->truth.motion));
+        const std::string size = std::to_string(r->truth.size.width) + "x" + std::to_string(r->truth.size.height);
+        const std::string lost = std::to_string(r->recoveredRight) + "/" + std::to_string(r->lostEpisodes);
+        std::printf("%-24s %-10s %7d %+7d %6d %5d %5d %6d %6s %7.3f%% %7s %8d %8.2f%s\n", name.c_str(), size.c_str(),
+                    r->outputHeight, r->outputHeight - r->expectedHeight, r->seams, r->badSeams, r->duplicatedRows,
+                    r->missingRows, r->leadOnce && r->trailOnce ? "once" : "WRONG",
+                    100.0 * r->mismatchedPixels / std::max<long long>(r->comparedPixels, 1), lost.c_str(),
+                    r->misplacedFrames, percentile(r->ingestMilliseconds, 0.5),
+                    r->axis == r->truth.axis ? "" : " (axis not found)");
+    }
     return 0;
 }
 
