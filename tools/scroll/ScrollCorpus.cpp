@@ -281,69 +281,49 @@ private:
     GlyphFont font_;
 };
 
-// Steps between frames: still, tiny, small, medium, large, and some back up.
-std::vector<int> motion(int frames, int length, std::mt19937& random) {
-    auto roll = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(std::max(n, 1))); };
-    std::vector<int> offsets = {0};
-    for (int i = 1; i < frames; ++i) {
-        const int r = roll(100);
-        int step = 0;
-        if (r < 8) step = 0;
-        else if (r < 20) step = 1 + roll(7);
-        else if (r < 45) step = 8 + roll(std::max(length / 12, 10));
-        else if (r < 82) step = length / 10 + roll(length / 4);
-        else if (r < 94) step = length * 35 / 100 + roll(length / 4);
-        else step = -(length / 10 + roll(length / 5));
-        offsets.push_back(std::max(0, offsets.back() + step));
-    }
-    return offsets;
-}
-
-// Forward in steps of a quarter to a half frame; every third frame goes back
-// up by a quarter to two thirds of a frame, into rows already seen.
-std::vector<int> backAndForth(int frames, int length, std::mt19937& random) {
-    auto roll = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(std::max(n, 1))); };
-    std::vector<int> offsets = {0};
-    for (int i = 1; i < frames; ++i) {
-        const int step = i % 3 == 0 ? -(length / 4 + roll(length * 5 / 12)) : length / 4 + roll(length / 4);
-        offsets.push_back(std::max(0, offsets.back() + step));
-    }
-    return offsets;
-}
-
-// Forward in steps of a third to a half frame; every tenth frame jumps back
-// by more than a frame into rows already seen and stays there for two more
-// frames, long enough for a lost stitcher to look for it.
-std::vector<int> jumpBack(int frames, int length, std::mt19937& random) {
-    auto roll = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(std::max(n, 1))); };
-    std::vector<int> offsets = {0};
-    for (int i = 1; i < frames; ++i) {
-        const int phase = i % 10;
-        const int at = offsets.back();
-        if (phase == 7 && at > length * 5 / 4) offsets.push_back(roll(at - length * 5 / 4));
-        else if (phase == 8 || phase == 9) offsets.push_back(at);
-        else offsets.push_back(at + length / 3 + roll(length / 6));
-    }
-    return offsets;
-}
-
-// From three frames down the page up to its top in steps of a quarter to
-// half a frame.
-std::vector<int> upward(int frames, int length, std::mt19937& random) {
-    auto roll = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(std::max(n, 1))); };
-    std::vector<int> offsets = {3 * length};
-    for (int i = 1; i < frames; ++i) offsets.push_back(std::max(0, offsets.back() - length / 4 - roll(length / 4)));
+// Offsets from `start`, each made by `next(i, previous)` and kept at 0 or more.
+template <typename Next>
+std::vector<int> walk(int frames, int start, Next next) {
+    std::vector<int> offsets = {start};
+    for (int i = 1; i < frames; ++i) offsets.push_back(std::max(0, next(i, offsets.back())));
     return offsets;
 }
 
 std::vector<int> offsetsFor(Motion kind, int frames, int length, std::mt19937& random) {
+    auto roll = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(std::max(n, 1))); };
     switch (kind) {
-    case Motion::mixed: return motion(frames, length, random);
-    case Motion::backAndForth: return backAndForth(frames, length, random);
-    case Motion::jumpBack: return jumpBack(frames, length, random);
-    case Motion::upward: return upward(frames, length, random);
+    case Motion::mixed:
+        // Steps between frames: still, tiny, small, medium, large, and some back up.
+        return walk(frames, 0, [&](int, int at) {
+            const int r = roll(100);
+            if (r < 8) return at;
+            if (r < 20) return at + 1 + roll(7);
+            if (r < 45) return at + 8 + roll(std::max(length / 12, 10));
+            if (r < 82) return at + length / 10 + roll(length / 4);
+            if (r < 94) return at + length * 35 / 100 + roll(length / 4);
+            return at - (length / 10 + roll(length / 5));
+        });
+    case Motion::backAndForth:
+        // Forward by a quarter to a half frame; every third frame back up by
+        // a quarter to two thirds of a frame, into rows already seen.
+        return walk(frames, 0, [&](int i, int at) {
+            return i % 3 == 0 ? at - (length / 4 + roll(length * 5 / 12)) : at + length / 4 + roll(length / 4);
+        });
+    case Motion::jumpBack:
+        // Forward by a third to a half frame; every tenth frame a jump back by
+        // more than a frame into rows already seen, held for two more frames,
+        // long enough for a lost stitcher to look for it.
+        return walk(frames, 0, [&](int i, int at) {
+            const int phase = i % 10;
+            if (phase == 7 && at > length * 5 / 4) return roll(at - length * 5 / 4);
+            if (phase == 8 || phase == 9) return at;
+            return at + length / 3 + roll(length / 6);
+        });
+    case Motion::upward:
+        // From three frames down the page up to its top, a quarter to half a frame at a time.
+        return walk(frames, 3 * length, [&](int, int at) { return at - length / 4 - roll(length / 4); });
     }
-    return motion(frames, length, random);
+    return {};
 }
 
 // A hash of every page line across the scrolling axis: its rows, or its
