@@ -2,6 +2,17 @@
 
 namespace tosvar {
 
+const char* ScrollResultKind::name() const {
+    switch (tag) {
+    case Tag::appended: return "appended";
+    case Tag::prepended: return "prepended";
+    case Tag::first: return "first";
+    case Tag::noChange: return "noChange";
+    case Tag::lowConfidence: return "lowConfidence";
+    }
+    return "lowConfidence";
+}
+
 std::optional<ScrollAxis> ScrollAxisDetector::observe(ScrollResultKind vertical, ScrollResultKind horizontal) {
     if (decided) return decided;
     if (vertical.addedRows()) {

@@ -16,6 +16,8 @@ struct ScrollResultKind {
     static ScrollResultKind prepended(int rows) { return {Tag::prepended, rows}; }
     static ScrollResultKind of(Tag tag) { return {tag, 0}; }
     bool addedRows() const { return tag == Tag::appended || tag == Tag::prepended; }
+    // "appended", "prepended", "first", "noChange" or "lowConfidence".
+    const char* name() const;
     friend bool operator==(const ScrollResultKind&, const ScrollResultKind&) = default;
 };
 

@@ -1,6 +1,7 @@
 #include "CorpusEvaluation.h"
 #include "IsolatedEnvironment.h"
 #include "ScrollCorpus.h"
+#include "SequenceEvaluation.h"
 
 #include <gtest/gtest.h>
 
@@ -114,4 +115,68 @@ TEST(ScrollCorpus, SearchNeverClaimsAMovementWhereNothingShows) {
                 if (pair.view == PairView::flat) flat.add(pair.outcome);
     ASSERT_GT(flat.pairs(), 10);
     EXPECT_EQ(flat.wrong, 0);
+}
+
+namespace {
+
+// Writes a sequence into `root` and replays it through a stitcher.
+SequenceResult writtenAndStitched(const SequenceRequest& request, const std::filesystem::path& root,
+                                  bool detectAxis = false) {
+    const std::filesystem::path folder =
+        root / (request.className + "-" + motionName(request.motion) + "-" + std::to_string(request.seed));
+    Expected<Sequence> sequence = Sequence::generate(request);
+    EXPECT_TRUE(sequence) << request.className;
+    EXPECT_FALSE(write(*sequence, folder));
+    Expected<SequenceResult> result = evaluateSequence(folder, detectAxis);
+    EXPECT_TRUE(result) << (result ? "" : result.error().message);
+    return std::move(*result);
+}
+
+// A document that holds every page row once, in order, and the fixed bars once.
+void expectExactDocument(const SequenceResult& r, const std::string& name) {
+    EXPECT_EQ(r.outputHeight, r.expectedHeight) << name;
+    EXPECT_GE(r.seams, 4) << name;
+    EXPECT_EQ(r.badSeams, 0) << name;
+    EXPECT_EQ(r.duplicatedRows, 0) << name;
+    EXPECT_EQ(r.missingRows, 0) << name;
+    EXPECT_TRUE(r.leadOnce && r.trailOnce) << name;
+    EXPECT_EQ(r.mismatchedPixels, 0) << name;
+    EXPECT_GT(r.comparedPixels, 0) << name;
+    EXPECT_EQ(r.misplacedFrames, 0) << name;
+}
+
+} // namespace
+
+TEST(ScrollCorpus, StitchedPagesOfUniqueContentHoldEveryRowOnce) {
+    IsolatedEnvironment environment;
+    for (const char* className : {"text", "code", "chat", "noise", "sticky"}) {
+        const SequenceResult r = writtenAndStitched({className, {800, 600}, 16, 7}, environment.root());
+        expectExactDocument(r, className);
+    }
+}
+
+TEST(ScrollCorpus, ScrollingBackAddsNothingAndAJumpBackIsFoundAgain) {
+    IsolatedEnvironment environment;
+    const SequenceResult back = writtenAndStitched({"sticky", {800, 600}, 12, 7, Motion::backAndForth}, environment.root());
+    expectExactDocument(back, "back and forth");
+    int nothingAdded = 0;
+    for (std::size_t i = 1; i < back.results.size(); ++i)
+        if (back.truth.offsets[i] < back.truth.offsets[i - 1]) {
+            EXPECT_EQ(back.results[i].kind.tag, ScrollResultKind::Tag::noChange) << i;
+            ++nothingAdded;
+        }
+    EXPECT_GE(nothingAdded, 3);
+
+    const SequenceResult jump = writtenAndStitched({"text", {800, 600}, 12, 7, Motion::jumpBack}, environment.root());
+    expectExactDocument(jump, "jump back");
+    EXPECT_EQ(jump.lostEpisodes, 1);
+    EXPECT_EQ(jump.recoveredRight, 1);
+}
+
+TEST(ScrollCorpus, ASidewaysSequenceIsDetectedAndStitchedSideways) {
+    IsolatedEnvironment environment;
+    const SequenceResult r =
+        writtenAndStitched({"horizontal", {800, 600}, 12, 7, Motion::backAndForth}, environment.root(), true);
+    EXPECT_EQ(r.axis, ScrollAxis::horizontal);
+    expectExactDocument(r, "sideways");
 }

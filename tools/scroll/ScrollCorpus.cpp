@@ -4,11 +4,12 @@
 #include "CorpusPainter.h"
 #include "FileContents.h"
 #include "PngEncoder.h"
+#include "ScrollSessionFolder.h"
+#include "ScrollTranspose.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cstdio>
 #include <random>
 
 namespace tosvar::ScrollCorpus {
@@ -280,22 +281,49 @@ private:
     GlyphFont font_;
 };
 
-// Steps between frames: still, tiny, small, medium, large, and some back up.
-std::vector<int> motion(int frames, int length, std::mt19937& random) {
-    auto roll = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(std::max(n, 1))); };
-    std::vector<int> offsets = {0};
-    for (int i = 1; i < frames; ++i) {
-        const int r = roll(100);
-        int step = 0;
-        if (r < 8) step = 0;
-        else if (r < 20) step = 1 + roll(7);
-        else if (r < 45) step = 8 + roll(std::max(length / 12, 10));
-        else if (r < 82) step = length / 10 + roll(length / 4);
-        else if (r < 94) step = length * 35 / 100 + roll(length / 4);
-        else step = -(length / 10 + roll(length / 5));
-        offsets.push_back(std::max(0, offsets.back() + step));
-    }
+// Offsets from `start`, each made by `next(i, previous)` and kept at 0 or more.
+template <typename Next>
+std::vector<int> walk(int frames, int start, Next next) {
+    std::vector<int> offsets = {start};
+    for (int i = 1; i < frames; ++i) offsets.push_back(std::max(0, next(i, offsets.back())));
     return offsets;
+}
+
+std::vector<int> offsetsFor(Motion kind, int frames, int length, std::mt19937& random) {
+    auto roll = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(std::max(n, 1))); };
+    switch (kind) {
+    case Motion::mixed:
+        // Steps between frames: still, tiny, small, medium, large, and some back up.
+        return walk(frames, 0, [&](int, int at) {
+            const int r = roll(100);
+            if (r < 8) return at;
+            if (r < 20) return at + 1 + roll(7);
+            if (r < 45) return at + 8 + roll(std::max(length / 12, 10));
+            if (r < 82) return at + length / 10 + roll(length / 4);
+            if (r < 94) return at + length * 35 / 100 + roll(length / 4);
+            return at - (length / 10 + roll(length / 5));
+        });
+    case Motion::backAndForth:
+        // Forward by a quarter to a half frame; every third frame back up by
+        // a quarter to two thirds of a frame, into rows already seen.
+        return walk(frames, 0, [&](int i, int at) {
+            return i % 3 == 0 ? at - (length / 4 + roll(length * 5 / 12)) : at + length / 4 + roll(length / 4);
+        });
+    case Motion::jumpBack:
+        // Forward by a third to a half frame; every tenth frame a jump back by
+        // more than a frame into rows already seen, held for two more frames,
+        // long enough for a lost stitcher to look for it.
+        return walk(frames, 0, [&](int i, int at) {
+            const int phase = i % 10;
+            if (phase == 7 && at > length * 5 / 4) return roll(at - length * 5 / 4);
+            if (phase == 8 || phase == 9) return at;
+            return at + length / 3 + roll(length / 6);
+        });
+    case Motion::upward:
+        // From three frames down the page up to its top, a quarter to half a frame at a time.
+        return walk(frames, 3 * length, [&](int, int at) { return at - length / 4 - roll(length / 4); });
+    }
+    return {};
 }
 
 // A hash of every page line across the scrolling axis: its rows, or its
@@ -341,12 +369,6 @@ std::uint32_t nameHash(const std::string& name) {
 
 const char* axisName(ScrollAxis axis) { return axis == ScrollAxis::horizontal ? "horizontal" : "vertical"; }
 
-std::string frameFileName(int index) {
-    char name[32];
-    std::snprintf(name, sizeof name, "frame-%06d.png", index);
-    return name;
-}
-
 } // namespace
 
 const char* pairViewName(PairView view) {
@@ -361,6 +383,22 @@ const char* pairViewName(PairView view) {
 std::optional<PairView> pairViewNamed(const std::string& name) {
     for (PairView view : {PairView::unique, PairView::repeated, PairView::flat})
         if (name == pairViewName(view)) return view;
+    return std::nullopt;
+}
+
+const char* motionName(Motion motion) {
+    switch (motion) {
+    case Motion::mixed: return "mixed";
+    case Motion::backAndForth: return "backforth";
+    case Motion::jumpBack: return "jumpback";
+    case Motion::upward: return "upward";
+    }
+    return "mixed";
+}
+
+std::optional<Motion> motionNamed(const std::string& name) {
+    for (Motion motion : {Motion::mixed, Motion::backAndForth, Motion::jumpBack, Motion::upward})
+        if (name == motionName(motion)) return motion;
     return std::nullopt;
 }
 
@@ -397,7 +435,7 @@ Expected<Sequence> Sequence::generate(const SequenceRequest& request) {
     std::mt19937 random(hash(request.seed, request.size.width, request.size.height,
                              nameHash(request.className)));
     const int length = r->sideways ? layout->contentW : layout->contentH;
-    sequence.offsets_ = motion(request.frames, length, random);
+    sequence.offsets_ = offsetsFor(request.motion, request.frames, length, random);
     layout->pageLength = *std::max_element(sequence.offsets_.begin(), sequence.offsets_.end()) + length;
 
     const int pageW = r->sideways ? layout->pageLength : layout->contentW;
@@ -523,13 +561,41 @@ ImageBuffer Sequence::frame(int index) const {
     return std::move(out).freeze();
 }
 
+DocumentTruth Sequence::documentTruth() const {
+    const Layout& l = *layout_;
+    const int s = l.scale;
+    DocumentTruth truth;
+    std::vector<PixelRect> moving = l.videos;
+    moving.insert(moving.end(), l.spinners.begin(), l.spinners.end());
+    moving.insert(moving.end(), l.carets.begin(), l.carets.end());
+    if (axis_ == ScrollAxis::horizontal) {
+        truth.lead = l.sidebarW;
+        truth.length = l.contentW;
+        truth.crossStart = l.headerH;
+        truth.crossLength = l.contentH;
+        for (const PixelRect& r : moving) truth.moving.push_back({r.y, r.x, r.height, r.width});
+        truth.page = ScrollTranspose::transposed(page_).value_or(ImageBuffer{});
+        return truth;
+    }
+    truth.lead = l.headerH;
+    truth.trail = l.footerH;
+    truth.length = l.contentH;
+    truth.crossStart = l.sidebarW;
+    truth.crossLength = l.contentW;
+    truth.moving = std::move(moving);
+    if (features_->floatingButton)
+        truth.overlays.push_back({request_.size.width - 98 * s, request_.size.height - l.footerH - 98 * s, 52 * s, 52 * s});
+    truth.page = page_;
+    return truth;
+}
+
 std::optional<Error> write(const Sequence& sequence, const std::filesystem::path& folder) {
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error) return Error{"cannot create " + folder.string() + ": " + error.message()};
     nlohmann::json frames = nlohmann::json::array();
     for (int i = 0; i < sequence.frameCount(); ++i) {
-        const std::string name = frameFileName(i);
+        const std::string name = ScrollSessionFolder::frameFileName(i);
         if (std::optional<Error> failed = PngEncoder::writeFile(sequence.frame(i), folder / name)) return failed;
         nlohmann::json frame = {{"file", name}, {"offset", sequence.offset(i)}};
         if (i > 0) frame["view"] = pairViewName(sequence.view(i));
@@ -541,6 +607,7 @@ std::optional<Error> write(const Sequence& sequence, const std::filesystem::path
                                   {"height", request.size.height},
                                   {"axis", axisName(sequence.axis())},
                                   {"seed", request.seed},
+                                  {"motion", motionName(request.motion)},
                                   {"frames", frames}};
     return AtomicFile::write(folder / "truth.json", truth.dump(2) + "\n");
 }
@@ -556,6 +623,10 @@ Expected<Truth> readTruth(const std::filesystem::path& folder) {
         Truth truth;
         truth.className = json.at("class").get<std::string>();
         truth.size = {json.at("width").get<int>(), json.at("height").get<int>()};
+        truth.seed = json.value("seed", 1u);
+        const std::string motion = json.value("motion", std::string("mixed"));
+        if (!motionNamed(motion)) return Error{where + ": unknown motion \"" + motion + "\""};
+        truth.motion = *motionNamed(motion);
         truth.axis = json.value("axis", std::string("vertical")) == "horizontal" ? ScrollAxis::horizontal
                                                                                 : ScrollAxis::vertical;
         for (const nlohmann::json& frame : json.at("frames")) {

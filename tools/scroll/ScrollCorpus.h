@@ -2,6 +2,7 @@
 
 #include "Expected.h"
 #include "ImageBuffer.h"
+#include "PixelRect.h"
 #include "ScrollBand.h"
 
 #include <cstdint>
@@ -39,11 +40,35 @@ enum class PairView { unique, repeated, flat };
 const char* pairViewName(PairView view);
 std::optional<PairView> pairViewNamed(const std::string& name);
 
+// How the page moves from frame to frame:
+//   mixed: still frames, small, medium and large steps, now and then a step back;
+//   backforth: forward, and every third frame back up into rows already seen;
+//   jumpback: forward, then a jump back of more than a frame into rows
+//   already seen, held for three frames, then forward again;
+//   upward: from well down the page back up to its top.
+enum class Motion { mixed, backAndForth, jumpBack, upward };
+const char* motionName(Motion motion);
+std::optional<Motion> motionNamed(const std::string& name);
+
 struct SequenceRequest {
     std::string className = "text";
     FrameSize size{800, 600};
     int frames = 16;
     std::uint32_t seed = 1;
+    Motion motion = Motion::mixed;
+};
+
+// What a stitcher should make of a sequence, in its own orientation: rows
+// run along the scrolling axis (a sideways sequence is transposed).
+struct DocumentTruth {
+    int lead = 0;        // fixed rows before the page in every frame (a header; a sidebar when sideways)
+    int trail = 0;       // fixed rows after it (a footer)
+    int length = 0;      // page rows a frame shows
+    int crossStart = 0;  // first column of the page within a row
+    int crossLength = 0; // its columns
+    std::vector<PixelRect> moving;   // animated parts on the page: x across, y along
+    std::vector<PixelRect> overlays; // parts fixed in the frame over the page: x across, y along
+    ImageBuffer page;                // the page, rows along the axis
 };
 
 // One generated sequence: the page and the offset of every frame. Frames are
@@ -61,6 +86,7 @@ public:
     // The pair of frames `frame - 1` and `frame`, for frame 1 and up.
     PairView view(int frame) const { return views_[frame]; }
     ImageBuffer frame(int index) const;
+    DocumentTruth documentTruth() const;
 
     struct Features; // what the viewport shows besides the page
     struct Layout;   // where the page and the fixed parts sit
@@ -84,6 +110,8 @@ std::optional<Error> write(const Sequence& sequence, const std::filesystem::path
 struct Truth {
     std::string className;
     FrameSize size;
+    std::uint32_t seed = 1;
+    Motion motion = Motion::mixed;
     ScrollAxis axis = ScrollAxis::vertical;
     std::vector<std::string> files; // relative to the folder
     std::vector<int> offsets;

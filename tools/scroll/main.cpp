@@ -1,13 +1,21 @@
 // tosvar-scroll: the scrolling-capture bench at the command line.
-//   generate OUT [--classes a,b] [--sizes WxH,...] [--frames N] [--seed N]
+//   generate OUT [--classes a,b] [--sizes WxH,...] [--frames N] [--seed N] [--motion NAME]
 //   delta PREV.png NEXT.png [--horizontal]
 //   eval DIR... [--threads N] [--list]
+//   replay DIR [-o OUT.png] [--horizontal]
+#include "AtomicFile.h"
 #include "CorpusEvaluation.h"
 #include "PngDecoder.h"
 #include "ScrollCorpus.h"
+#include "ScrollReplay.h"
+#include "ScrollSessionFolder.h"
+#include "SequenceEvaluation.h"
 #include "WorkerPool.h"
 
+#include <sys/resource.h>
+
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <map>
 #include <memory>
@@ -22,11 +30,13 @@ namespace {
 int usage() {
     std::fprintf(stderr,
                  "usage: tosvar-scroll generate OUT [--classes a,b,...] [--sizes WxH,...] [--frames N] [--seed N]\n"
+                 "                              [--motion mixed|backforth|jumpback|upward]\n"
                  "       tosvar-scroll delta PREV.png NEXT.png [--horizontal]\n"
-                 "       tosvar-scroll eval DIR... [--threads N] [--list]\n"
+                 "       tosvar-scroll eval DIR... [--threads N] [--list] [--detect-axis]\n"
+                 "       tosvar-scroll replay DIR [-o OUT.png] [--horizontal]\n"
                  "classes:");
     for (const std::string& name : classNames()) std::fprintf(stderr, " %s", name.c_str());
-    std::fprintf(stderr, "\n");
+    std::fprintf(stderr, "\nDIR of replay: a recorded session folder (meta.json) or a folder of numbered PNG frames\n");
     return 2;
 }
 
@@ -56,6 +66,7 @@ int generate(const std::vector<std::string>& args) {
     std::vector<FrameSize> sizes = frameSizes();
     int frames = 16;
     std::uint32_t seed = 1;
+    Motion motion = Motion::mixed;
     for (std::size_t i = 1; i < args.size(); ++i) {
         const bool hasValue = i + 1 < args.size();
         if (args[i] == "--classes" && hasValue) {
@@ -73,6 +84,8 @@ int generate(const std::vector<std::string>& args) {
             }
         } else if (args[i] == "--frames" && hasValue && parseInt(args[i + 1])) {
             frames = *parseInt(args[++i]);
+        } else if (args[i] == "--motion" && hasValue && motionNamed(args[i + 1])) {
+            motion = *motionNamed(args[++i]);
         } else if (args[i] == "--seed" && hasValue && parseInt(args[i + 1])) {
             seed = static_cast<std::uint32_t>(*parseInt(args[++i]));
         } else {
@@ -81,13 +94,14 @@ int generate(const std::vector<std::string>& args) {
     }
     for (const std::string& name : classes)
         for (const FrameSize& size : sizes) {
-            Expected<Sequence> sequence = Sequence::generate({name, size, frames, seed});
+            Expected<Sequence> sequence = Sequence::generate({name, size, frames, seed, motion});
             if (!sequence) {
                 std::fprintf(stderr, "tosvar-scroll: %s\n", sequence.error().message.c_str());
                 return 1;
             }
             const std::filesystem::path folder =
-                out / (name + "-" + std::to_string(size.width) + "x" + std::to_string(size.height));
+                out / (name + "-" + std::to_string(size.width) + "x" + std::to_string(size.height) +
+                       (motion == Motion::mixed ? "" : std::string("-") + motionName(motion)));
             if (std::optional<Error> failed = write(*sequence, folder)) {
                 std::fprintf(stderr, "tosvar-scroll: %s\n", failed->message.c_str());
                 return 1;
@@ -179,7 +193,12 @@ int eval(const std::vector<std::string>& args) {
     std::vector<std::filesystem::path> folders;
     unsigned threads = 0;
     bool listMisses = false;
+    bool detectAxis = false;
     for (std::size_t i = 0; i < args.size(); ++i) {
+        if (args[i] == "--detect-axis") {
+            detectAxis = true;
+            continue;
+        }
         if (args[i] == "--threads" && i + 1 < args.size() && parseInt(args[i + 1])) {
             threads = static_cast<unsigned>(std::max(*parseInt(args[++i]), 0));
             continue;
@@ -230,6 +249,82 @@ int eval(const std::vector<std::string>& args) {
         all += tally;
     }
     printRow("all", "all", all);
+
+    std::printf("\n%-24s %-10s %7s %7s %6s %5s %5s %6s %6s %8s %7s %8s %8s\n", "sequence", "size", "height", "error",
+                "seams", "bad", "dup", "miss", "bars", "px off", "lost", "misplace", "ms p50");
+    for (const auto& folder : folders) {
+        Expected<SequenceResult> r = evaluateSequence(folder, detectAxis, pool.get());
+        if (!r) {
+            std::fprintf(stderr, "tosvar-scroll: %s\n", r.error().message.c_str());
+            return 1;
+        }
+        const std::string name = r->truth.className + (r->truth.motion == Motion::mixed ? "" : std::string("/") + motionName(r->truth.motion));
+        const std::string size = std::to_string(r->truth.size.width) + "x" + std::to_string(r->truth.size.height);
+        const std::string lost = std::to_string(r->recoveredRight) + "/" + std::to_string(r->lostEpisodes);
+        std::printf("%-24s %-10s %7d %+7d %6d %5d %5d %6d %6s %7.3f%% %7s %8d %8.2f%s\n", name.c_str(), size.c_str(),
+                    r->outputHeight, r->outputHeight - r->expectedHeight, r->seams, r->badSeams, r->duplicatedRows,
+                    r->missingRows, r->leadOnce && r->trailOnce ? "once" : "WRONG",
+                    100.0 * r->mismatchedPixels / std::max<long long>(r->comparedPixels, 1), lost.c_str(),
+                    r->misplacedFrames, percentile(r->ingestMilliseconds, 0.5),
+                    r->axis == r->truth.axis ? "" : " (axis not found)");
+    }
+    return 0;
+}
+
+double peakMemoryMiB() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss / 1024.0;
+}
+
+int replay(const std::vector<std::string>& args) {
+    std::optional<std::filesystem::path> folder;
+    std::filesystem::path out = "stitched.png";
+    std::optional<ScrollAxis> axis;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        if (args[i] == "-o" && i + 1 < args.size()) out = args[++i];
+        else if (args[i] == "--horizontal") axis = ScrollAxis::horizontal;
+        else if (!folder) folder = args[i];
+        else return usage();
+    }
+    if (!folder) return usage();
+    Expected<std::vector<std::filesystem::path>> files = ScrollSessionFolder::frameFiles(*folder);
+    if (!files) {
+        std::fprintf(stderr, "tosvar-scroll: %s\n", files.error().message.c_str());
+        return 1;
+    }
+    ScrollReplay session(axis);
+    double ingestSeconds = 0;
+    for (std::size_t i = 0; i < files->size(); ++i) {
+        Expected<ImageBuffer> frame = ScrollSessionFolder::readFrame((*files)[i]);
+        if (!frame) {
+            std::fprintf(stderr, "tosvar-scroll: %s\n", frame.error().message.c_str());
+            return 1;
+        }
+        const auto start = std::chrono::steady_clock::now();
+        const ScrollStitcher::Result r = session.ingest(*frame);
+        ingestSeconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        std::printf("%zu %s %s\n", i, r.kind.name(), r.delta ? std::to_string(*r.delta).c_str() : "none");
+    }
+    const ScrollStitcher& stitcher = session.stitcher();
+    AtomicFile file(out);
+    std::optional<Error> failed = file.open();
+    int width = 0, height = 0;
+    if (!failed) {
+        const bool sideways = stitcher.axis == ScrollAxis::horizontal;
+        for (const ScrollPiece& piece : stitcher.pieces(true)) height += piece.image.height();
+        width = stitcher.frameWidth;
+        if (sideways) std::swap(width, height);
+        failed = stitcher.encodePNG(256, [&](const std::uint8_t* bytes, std::size_t count) { return file.write(bytes, count); });
+    }
+    if (!failed) failed = file.commit();
+    if (failed) {
+        std::fprintf(stderr, "tosvar-scroll: %s: %s\n", out.string().c_str(), failed->message.c_str());
+        return 1;
+    }
+    std::printf("output %dx%d%s, %.1f frames/s, peak memory %.0f MiB\n", width, height,
+                stitcher.axis == ScrollAxis::horizontal ? " (sideways)" : "",
+                ingestSeconds > 0 ? files->size() / ingestSeconds : 0.0, peakMemoryMiB());
     return 0;
 }
 
@@ -242,5 +337,6 @@ int main(int argc, char** argv) {
     if (command == "generate") return generate(args);
     if (command == "delta") return delta(args);
     if (command == "eval") return eval(args);
+    if (command == "replay") return replay(args);
     return usage();
 }
