@@ -38,4 +38,26 @@ std::string next(const std::string& label) {
     return label;
 }
 
+double fittedFontSize(const TextMeasuring& bold, const std::string& label, double radius) {
+    if (label.empty() || !(radius > 0)) return radius;
+    double widest = 0;
+    int lines = 0;
+    for (std::size_t start = 0;; ++lines) {
+        const std::size_t end = label.find('\n', start);
+        const std::string_view line = std::string_view(label).substr(start, end == std::string::npos ? std::string::npos : end - start);
+        widest = std::max(widest, bold.lineWidth(line, radius));
+        if (end == std::string::npos) {
+            ++lines;
+            break;
+        }
+        start = end + 1;
+    }
+    const double height = bold.metrics(radius).lineHeight() * lines;
+    const double available = 1.5 * radius;
+    double scale = 1;
+    if (widest > 0) scale = std::min(scale, available / widest);
+    if (height >= 1) scale = std::min(scale, available / height);
+    return radius * scale;
+}
+
 } // namespace tosvar::StepBadgeLabel

@@ -136,3 +136,16 @@ TEST(StepBadgeLabel, CountsNumbersAndLetters) {
     EXPECT_EQ(StepBadgeLabel::next("a1"), "a1");
     EXPECT_EQ(StepBadgeLabel::next("99999999999999999999999"), "99999999999999999999999") << "too big to count";
 }
+
+TEST(StepBadgeLabel, ShrinksALabelUntilItFitsItsDisc) {
+    // Half an em per character, one em per line.
+    struct HandFace final : TextMeasuring {
+        FontLineMetrics metrics(double size) const override { return {0.75 * size, 0.25 * size, 0}; }
+        double lineWidth(std::string_view line, double size) const override { return 0.5 * size * static_cast<double>(line.size()); }
+    } face;
+    EXPECT_DOUBLE_EQ(StepBadgeLabel::fittedFontSize(face, "1", 10), 10) << "fits as it is";
+    EXPECT_DOUBLE_EQ(StepBadgeLabel::fittedFontSize(face, "12345", 10), 6) << "25 wide into 15";
+    EXPECT_DOUBLE_EQ(StepBadgeLabel::fittedFontSize(face, "1\n2", 10), 7.5) << "20 tall into 15";
+    EXPECT_DOUBLE_EQ(StepBadgeLabel::fittedFontSize(face, "", 10), 10);
+    EXPECT_DOUBLE_EQ(StepBadgeLabel::fittedFontSize(face, "12", 0), 0);
+}
