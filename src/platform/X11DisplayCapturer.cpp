@@ -95,16 +95,18 @@ ImageBuffer imageFromRows(const std::uint8_t* pixels, int width, int height, boo
     return std::move(image).freeze();
 }
 
-// A plain image request on any drawable; none when it fails.
-std::optional<ImageBuffer> getImage(xcb_connection_t* xcb, xcb_drawable_t drawable, int width, int height, bool keepAlpha) {
+// A plain image request for an area of any drawable; none when it fails.
+std::optional<ImageBuffer> getImage(xcb_connection_t* xcb, xcb_drawable_t drawable, const PixelRect& area, bool keepAlpha) {
     xcb_get_image_reply_t* reply = xcb_get_image_reply(
         xcb,
-        xcb_get_image(xcb, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, 0, 0, static_cast<std::uint16_t>(width),
-                      static_cast<std::uint16_t>(height), ~0u),
+        xcb_get_image(xcb, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, static_cast<std::int16_t>(area.x),
+                      static_cast<std::int16_t>(area.y), static_cast<std::uint16_t>(area.width),
+                      static_cast<std::uint16_t>(area.height), ~0u),
         nullptr);
     std::optional<ImageBuffer> image;
-    if (reply && static_cast<std::size_t>(xcb_get_image_data_length(reply)) >= static_cast<std::size_t>(width) * height * 4)
-        image = imageFromRows(xcb_get_image_data(reply), width, height, keepAlpha);
+    const std::size_t bytes = static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height) * 4;
+    if (reply && static_cast<std::size_t>(xcb_get_image_data_length(reply)) >= bytes)
+        image = imageFromRows(xcb_get_image_data(reply), area.width, area.height, keepAlpha);
     std::free(reply);
     return image;
 }
@@ -165,15 +167,7 @@ std::optional<CapturedDisplay> X11DisplayCapturer::capture(const ScreenInfo& scr
     }
     if (image.isEmpty()) {
         // Without shared memory: the plain request on the area of the root.
-        xcb_get_image_reply_t* reply = xcb_get_image_reply(
-            c.xcb,
-            xcb_get_image(c.xcb, XCB_IMAGE_FORMAT_Z_PIXMAP, c.root, static_cast<std::int16_t>(area.x),
-                          static_cast<std::int16_t>(area.y), static_cast<std::uint16_t>(area.width),
-                          static_cast<std::uint16_t>(area.height), ~0u),
-            nullptr);
-        if (reply && static_cast<std::size_t>(xcb_get_image_data_length(reply)) >= bytes)
-            image = imageFromRows(xcb_get_image_data(reply), area.width, area.height);
-        std::free(reply);
+        if (std::optional<ImageBuffer> plain = getImage(c.xcb, c.root, area, false)) image = *plain;
     }
     const double ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - started).count();
     char line[96];
@@ -204,12 +198,12 @@ std::optional<ImageBuffer> X11DisplayCapturer::captureWindow(std::uint32_t windo
     const xcb_pixmap_t pixmap = xcb_generate_id(xcb);
     xcb_generic_error_t* error = xcb_request_check(xcb, xcb_composite_name_window_pixmap_checked(xcb, windowID, pixmap));
     if (!error) {
-        image = getImage(xcb, pixmap, width, height, keepAlpha);
+        image = getImage(xcb, pixmap, {0, 0, width, height}, keepAlpha);
         xcb_free_pixmap(xcb, pixmap);
     }
     std::free(error);
     const char* path = image ? "composite pixmap" : "window area";
-    if (!image) image = getImage(xcb, windowID, width, height, keepAlpha);
+    if (!image) image = getImage(xcb, windowID, {0, 0, width, height}, keepAlpha);
     if (!image) {
         logLine("windowGrab id=" + std::to_string(windowID) + " grab failed → frozen-crop fallback");
         return std::nullopt;
