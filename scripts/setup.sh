@@ -15,9 +15,12 @@ packages=(
   libxcb-keysyms1-dev libxcb-xkb-dev libxcb-image0-dev libxkbcommon-dev libxkbcommon-x11-dev
   # codecs, data
   libpng-dev libdeflate-dev zlib1g-dev nlohmann-json3-dev
+  # movies and sound: FFmpeg (H.264 by libx264, AAC), PulseAudio
+  libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev libpulse-dev
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # running and driving the application headless
+  pulseaudio pulseaudio-utils
   xvfb xauth trayer xdotool xclip x11-utils x11-xserver-utils dbus dbus-x11 fonts-dejavu-core
 )
 
