@@ -140,19 +140,22 @@ const SourceEntry* findMicrophone(const std::vector<SourceEntry>& sources, const
     return nullptr;
 }
 
-// Stamps chunks with the media clock. The sound card's clock runs steadily,
-// so times follow from the frames counted since the start; when they drift
-// from the arrival times by more than a tenth of a second (the server
-// paused the source, data was lost), they are set by the arrival again.
+// Stamps chunks with the media clock. A chunk began as long before now as
+// the sound still waiting to be read lasts, itself included (a source may
+// hand over a burst at once). Between chunks the sound card's steady clock
+// is trusted: times follow from the frames counted since an anchor, unless
+// they drift from the measured ones by more than a tenth of a second (the
+// server paused the source, data was lost); then the measured time anchors
+// anew.
 class ChunkClock {
 public:
-    MediaTime stamp(std::int64_t frames, int rate) {
-        const MediaTime length(frames * 1'000'000 / rate);
-        const MediaTime arrived = mediaClockNow() - length;
+    MediaTime stamp(std::int64_t frames, std::int64_t framesWaiting, int rate) {
+        const MediaTime measured = mediaClockNow() - MediaTime(framesWaiting * 1'000'000 / rate);
         const MediaTime counted = anchor_ + MediaTime(counted_ * 1'000'000 / rate);
-        if (counted_ == 0 || std::chrono::abs(arrived - counted) > std::chrono::milliseconds(100)) {
-            anchor_ = arrived;
+        if (!started_ || std::chrono::abs(measured - counted) > std::chrono::milliseconds(100)) {
+            anchor_ = measured;
             counted_ = 0;
+            started_ = true;
         }
         const MediaTime time = anchor_ + MediaTime(counted_ * 1'000'000 / rate);
         counted_ += frames;
@@ -160,6 +163,7 @@ public:
     }
 
 private:
+    bool started_ = false;
     MediaTime anchor_{0};
     std::int64_t counted_ = 0;
 };
@@ -217,7 +221,8 @@ private:
     void read() {
         const void* data = nullptr;
         std::size_t bytes = 0;
-        while (pa_stream_readable_size(stream_) > 0) {
+        const std::size_t frameBytes = pa_frame_size(&spec_);
+        for (std::size_t waiting; (waiting = pa_stream_readable_size(stream_)) > 0 && waiting != std::size_t(-1);) {
             if (pa_stream_peek(stream_, &data, &bytes) < 0 || bytes == 0) return;
             if (data) {
                 AudioChunk chunk;
@@ -225,7 +230,8 @@ private:
                 chunk.sampleRate = static_cast<int>(spec_.rate);
                 chunk.samples.resize(bytes / sizeof(float));
                 std::memcpy(chunk.samples.data(), data, chunk.samples.size() * sizeof(float));
-                chunk.time = clock_.stamp(chunk.frameCount(), chunk.sampleRate);
+                chunk.time = clock_.stamp(chunk.frameCount(), static_cast<std::int64_t>(waiting / frameBytes),
+                                          chunk.sampleRate);
                 onChunk_(std::move(chunk));
             }
             pa_stream_drop(stream_);

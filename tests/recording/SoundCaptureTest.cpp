@@ -1,6 +1,6 @@
 // Sound from a private PulseAudio server: a tone played into its null sink
-// is recorded from the sink's monitor (the system's sound); a sine source
-// stands in for the microphone.
+// is recorded from the sink's monitor (the system's sound) and from a source
+// that remaps the monitor (the microphone).
 #include "AudioCaptureEngine.h"
 #include "AudioTrackFinalizer.h"
 #include "FfmpegMovieEncoder.h"
@@ -98,12 +98,14 @@ TEST_F(SoundCaptureTest, SystemSoundArrivesInTwentyMillisecondChunksOnTheMediaCl
 
 TEST_F(SoundCaptureTest, AnUnknownMicrophoneFallsBackToTheDefault) {
     std::atomic<int> frames = 0;
-    Expected<std::unique_ptr<AudioCaptureStream>> stream = capture.start(
-        {AudioSourceKind::microphone, "no-such-device", 48000, 1}, [&](AudioChunk c) { frames += static_cast<int>(c.frameCount()); });
+    Expected<std::unique_ptr<AudioCaptureStream>> stream =
+        capture.start({AudioSourceKind::microphone, "no-such-device", 48000, 1},
+                      [&](AudioChunk c) { frames += static_cast<int>(c.frameCount()); });
     ASSERT_TRUE(stream) << stream.error().message;
-    for (int i = 0; i < 200 && frames < 4800; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_TRUE(server->play(stereoTone(0.05, 440, 0)));
+    ASSERT_TRUE(server->play(stereoTone(0.2, 440, 0.3f)));
     (*stream)->stop();
-    EXPECT_GE(frames.load(), 4800); // the sine source
+    EXPECT_GE(frames.load(), 9600);
 }
 
 TEST_F(SoundCaptureTest, ASoundRecordingOfMicrophoneAndSystemBecomesAStereoM4A) {
@@ -114,13 +116,14 @@ TEST_F(SoundCaptureTest, ASoundRecordingOfMicrophoneAndSystemBecomesAStereoM4A) 
     const std::filesystem::path temporary = environment.root() / "sound.mov";
     const MediaTime started = mediaClockNow();
     ASSERT_EQ(engine.start(temporary, {1, 64000}, true, true, std::nullopt), std::nullopt);
+    // The microphone hears the speakers, so it hears only while they play.
     ASSERT_TRUE(server->play(stereoTone(0.05, 330, 0)));
-    ASSERT_TRUE(server->play(stereoTone(0.5, 330, 0.4f)));
-    // The microphone is the clock: wait for a second of it.
+    std::thread player([] { server->play(stereoTone(1.5, 330, 0.4f)); });
     for (int i = 0; i < 300 && engine.capturedDuration() < 1.0; ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     const double captured = engine.capturedDuration();
     const Expected<std::filesystem::path> movie = engine.stop();
+    player.join();
     ASSERT_TRUE(movie) << movie.error().message;
     EXPECT_GE(captured, 1.0);
     EXPECT_GT(levels.load(), 5);
@@ -132,11 +135,13 @@ TEST_F(SoundCaptureTest, ASoundRecordingOfMicrophoneAndSystemBecomesAStereoM4A) 
     ASSERT_EQ(AudioTrackFinalizer::finalize(files, *movie, m4a), std::nullopt);
     const std::optional<std::vector<float>> waveform = AudioWaveformLoader::waveform(files, m4a);
     ASSERT_TRUE(waveform);
-    // The played tone is in it, over the microphone's quieter sine.
-    EXPECT_GT(*std::max_element(waveform->begin(), waveform->end()), 0.35f);
+    // Both sources heard the 0.4 tone and the file holds their sum: close to
+    // 0.8 when the two tracks line up, less by the phase they are apart (a
+    // millisecond costs a third of it at 330 Hz).
     std::vector<float> sorted = *waveform;
     std::sort(sorted.begin(), sorted.end());
-    EXPECT_GT(sorted[sorted.size() / 2], 0.01f); // the sine never stops
+    EXPECT_GT(sorted[sorted.size() * 3 / 4], 0.55f);
+    EXPECT_LT(sorted[sorted.size() * 3 / 4], 0.85f);
 }
 
 } // namespace

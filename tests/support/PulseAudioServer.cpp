@@ -46,7 +46,7 @@ PulseAudioServer::PulseAudioServer() {
         ::execlp("pulseaudio", "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
                  "--disable-shm=yes", "--log-target=stderr", "-L", protocol.c_str(), "-L",
                  "module-null-sink sink_name=speakers rate=48000", "-L",
-                 "module-sine-source source_name=mic rate=48000 frequency=440", static_cast<char*>(nullptr));
+                 "module-remap-source source_name=mic master=speakers.monitor", static_cast<char*>(nullptr));
         ::_exit(127);
     }
     // Ready once a client gets through.
