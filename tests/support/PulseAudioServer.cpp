@@ -13,6 +13,26 @@
 
 namespace tosvar {
 
+namespace {
+
+// Runs a program to its end; whether it succeeded.
+bool run(const std::vector<std::string>& arguments) {
+    const pid_t child = ::fork();
+    if (child < 0) return false;
+    if (child == 0) {
+        std::vector<char*> argv;
+        for (const std::string& a : arguments) argv.push_back(const_cast<char*>(a.c_str()));
+        argv.push_back(nullptr);
+        ::execvp(argv[0], argv.data());
+        ::_exit(127);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+} // namespace
+
 bool PulseAudioServer::isInstalled() {
     const char* path = std::getenv("PATH");
     std::string folders = path ? path : "/usr/bin:/bin";
@@ -45,8 +65,8 @@ PulseAudioServer::PulseAudioServer() {
         }
         ::execlp("pulseaudio", "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
                  "--disable-shm=yes", "--log-target=stderr", "-L", protocol.c_str(), "-L",
-                 "module-null-sink sink_name=speakers rate=48000", "-L",
-                 "module-remap-source source_name=mic master=speakers.monitor", static_cast<char*>(nullptr));
+                 "module-null-sink sink_name=speakers rate=48000", "-L", "module-null-sink sink_name=room rate=48000",
+                 "-L", "module-remap-source source_name=mic master=room.monitor", static_cast<char*>(nullptr));
         ::_exit(127);
     }
     // Ready once a client gets through.
@@ -60,7 +80,10 @@ PulseAudioServer::PulseAudioServer() {
             pa_simple_new(address_.c_str(), "test", PA_STREAM_PLAYBACK, nullptr, "probe", &spec, nullptr, nullptr, nullptr);
         if (probe) {
             pa_simple_free(probe);
-            return;
+            if (run({"pactl", "--server", address_, "set-default-sink", "speakers"}) &&
+                run({"pactl", "--server", address_, "set-default-source", "mic"}))
+                return;
+            break;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
@@ -83,7 +106,7 @@ void PulseAudioServer::shutDown() {
 
 void PulseAudioServer::useAsServer() const { ::setenv("PULSE_SERVER", address_.c_str(), 1); }
 
-bool PulseAudioServer::play(const std::vector<float>& samples) const {
+bool PulseAudioServer::play(const std::vector<float>& samples, const std::string& sink) const {
     // pacat with a short buffer plays at once; through the simple API the
     // null sink held the sound back by its whole two-second latency.
     int pipeFds[2];
@@ -94,7 +117,8 @@ bool PulseAudioServer::play(const std::vector<float>& samples) const {
         ::dup2(pipeFds[0], STDIN_FILENO);
         ::close(pipeFds[0]);
         ::close(pipeFds[1]);
-        ::execlp("pacat", "pacat", "--playback", "--server", address_.c_str(), "--device=speakers",
+        const std::string device = "--device=" + sink;
+        ::execlp("pacat", "pacat", "--playback", "--server", address_.c_str(), device.c_str(),
                  "--format=float32le", "--rate=48000", "--channels=2", "--latency-msec=20",
                  static_cast<char*>(nullptr));
         ::_exit(127);
