@@ -1,4 +1,5 @@
 #include "AudioLevel.h"
+#include "AudioRecordingHUDModel.h"
 #include "PauseTimeline.h"
 #include "RecordingDestination.h"
 #include "RecordingError.h"
@@ -127,6 +128,22 @@ TEST(RecordingDestination, DurationStringCountsWholeSeconds) {
     EXPECT_EQ(RecordingDestination::durationString(61), "1:01");
     EXPECT_EQ(RecordingDestination::durationString(3725), "62:05");
     EXPECT_EQ(RecordingDestination::durationString(-3), "0:00");
+}
+
+TEST(AudioRecordingHUDModel, TheMeterRisesAtOnceFallsSmoothlyAndHoldsWhilePaused) {
+    float shown = 0;
+    shown = AudioRecordingHUDModel::meterLevel(shown, 0.8f, false);
+    EXPECT_FLOAT_EQ(shown, 0.8f);
+    shown = AudioRecordingHUDModel::meterLevel(shown, 0.1f, false);
+    EXPECT_FLOAT_EQ(shown, 0.8f * 0.72f);
+    EXPECT_FLOAT_EQ(AudioRecordingHUDModel::meterLevel(shown, 1.0f, true), shown);
+}
+
+TEST(AudioRecordingHUDModel, TimeTextGainsHoursFromOneHour) {
+    EXPECT_EQ(AudioRecordingHUDModel::timeText(0), "0:00");
+    EXPECT_EQ(AudioRecordingHUDModel::timeText(3599.9), "59:59");
+    EXPECT_EQ(AudioRecordingHUDModel::timeText(3600), "1:00:00");
+    EXPECT_EQ(AudioRecordingHUDModel::timeText(3725), "1:02:05");
 }
 
 TEST(RecordingError, WriterFailureFallsBackToAGeneralText) {
