@@ -43,6 +43,14 @@ public:
     }
     ~ColourWindow() { xcb_disconnect(xcb_); }
 
+    // Moves the pointer on the root, as a user would.
+    void pointAt(int x, int y) {
+        const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(xcb_)).data;
+        xcb_warp_pointer(xcb_, XCB_NONE, screen->root, 0, 0, 0, 0, static_cast<std::int16_t>(x),
+                         static_cast<std::int16_t>(y));
+        std::free(xcb_get_input_focus_reply(xcb_, xcb_get_input_focus(xcb_), nullptr));
+    }
+
     void paint(std::uint32_t rgb) {
         xcb_change_window_attributes(xcb_, window_, XCB_CW_BACK_PIXEL, &rgb);
         xcb_clear_area(xcb_, 0, window_, 0, 0, 0, 0);
@@ -168,6 +176,26 @@ TEST_F(ScreenRecordingTest, AStillScreenGivesNoNewFrames) {
     EXPECT_GE(result->appendedFrames, 2);
     EXPECT_LE(result->appendedFrames, 4);
     EXPECT_EQ(videoOf(result->url).width, 320);
+}
+
+TEST_F(ScreenRecordingTest, APointerThatMovesGivesFramesWhenItIsShown) {
+    ColourWindow window(xvfb.display(), 0, 0, 10, 10);
+    for (bool showsCursor : {true, false}) {
+        auto engine = makeEngine(20, showsCursor);
+        start(*engine, {Rect{0, 0, 320, 240}, std::nullopt, 1, std::nullopt});
+        std::this_thread::sleep_for(100ms);
+        for (int i = 1; i <= 5; ++i) {
+            window.pointAt(30 * i, 40 + 10 * i);
+            std::this_thread::sleep_for(100ms);
+        }
+        Expected<CaptureEngine::Result> result = stop(*engine);
+        ASSERT_TRUE(result) << result.error().message;
+        if (showsCursor) {
+            EXPECT_GE(result->appendedFrames, 6) << "the first frame and one per move";
+        } else {
+            EXPECT_LE(result->appendedFrames, 2) << "moves of a hidden pointer change nothing";
+        }
+    }
 }
 
 TEST_F(ScreenRecordingTest, MovingTheRegionKeepsTheMovieSize) {
