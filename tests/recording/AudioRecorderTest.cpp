@@ -233,18 +233,6 @@ TEST_F(AudioRecorderTest, TheDiscardQuestionPausesFirstAndCancelLeavesItPaused) 
     EXPECT_EQ(alerts.shown.size(), 2u); // nothing asked while idle
 }
 
-TEST(AudioTrackFinalizer, CopiesOneTrackAndMixesTwo) {
-    IsolatedEnvironment environment;
-    Files files;
-    const std::filesystem::path one = environment.root() / "one.mov", two = environment.root() / "two.mov";
-    files.tracks[one] = {0, 1};
-    files.tracks[two] = {0, 2};
-    EXPECT_EQ(AudioTrackFinalizer::finalize(files, one, environment.root() / "a.m4a"), std::nullopt);
-    EXPECT_EQ(AudioTrackFinalizer::finalize(files, two, environment.root() / "b.m4a"), std::nullopt);
-    EXPECT_EQ(files.calls, (std::vector<std::string>{"remux one.mov -> a.m4a as m4a fast start",
-                                                     "mix two.mov as m4a 2ch 192000"}));
-}
-
 TEST(AudioTrackFinalizer, FailuresLeaveNoFileBehind) {
     IsolatedEnvironment environment;
     Files files;
@@ -260,48 +248,13 @@ TEST(AudioTrackFinalizer, FailuresLeaveNoFileBehind) {
     EXPECT_FALSE(std::filesystem::exists(out));
 }
 
-TEST(AudioWaveformLoader, ReadsTenMinutesAtEightKilohertzIntoTwoHundredFortyBars) {
+TEST(RecordingAudioMixer, LeavesMoviesWithoutVideoOrASecondSoundTrackAlone) {
     Files files;
-    files.decodedSamples.assign(8000, 0.5f);
-    files.decodedSamples[4000] = -2.0f;
-    const auto bars = AudioWaveformLoader::waveform(files, "/any.m4a");
-    EXPECT_EQ(files.calls, std::vector<std::string>{"read 8000 Hz 1ch 600 s"});
-    EXPECT_EQ(bars, (std::vector<float>{0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 1.0f, 0.5f, 0.5f, 0.5f, 0.5f}));
-    files.failure = Error{"no sound"};
-    EXPECT_EQ(AudioWaveformLoader::waveform(files, "/any.m4a"), std::nullopt);
-}
-
-TEST(RecordingAudioMixer, MixesOnlyMoviesWithVideoAndTwoSoundTracks) {
-    IsolatedEnvironment environment;
-    Files files;
-    const std::filesystem::path single = environment.root() / "single.mov", silent = environment.root() / "s.mov",
-                                both = environment.root() / "both.mov";
-    files.tracks[single] = {1, 1};
-    files.tracks[silent] = {0, 2};
-    files.tracks[both] = {1, 2};
-    Files::touch(both);
-    EXPECT_EQ(RecordingAudioMixer::mixIfNeeded(files, single).value(), single);
-    EXPECT_EQ(RecordingAudioMixer::mixIfNeeded(files, silent).value(), silent);
+    files.tracks["/single.mov"] = {1, 1};
+    files.tracks["/silent.mov"] = {0, 2};
+    EXPECT_EQ(RecordingAudioMixer::mixIfNeeded(files, "/single.mov").value(), "/single.mov");
+    EXPECT_EQ(RecordingAudioMixer::mixIfNeeded(files, "/silent.mov").value(), "/silent.mov");
     EXPECT_TRUE(files.calls.empty());
-    const Expected<std::filesystem::path> mixed = RecordingAudioMixer::mixIfNeeded(files, both);
-    ASSERT_TRUE(mixed);
-    EXPECT_NE(*mixed, both);
-    EXPECT_EQ(mixed->parent_path(), environment.root());
-    EXPECT_EQ(mixed->extension(), ".mov");
-    EXPECT_TRUE(std::filesystem::exists(*mixed));
-    EXPECT_FALSE(std::filesystem::exists(both));
-    EXPECT_EQ(files.calls, std::vector<std::string>{"mix both.mov as mov 2ch 128000"});
-}
-
-TEST(MovieRemuxer, ReplacesTheDestinationWithAFastStartMP4) {
-    IsolatedEnvironment environment;
-    Files files;
-    const std::filesystem::path out = environment.root() / "out.mp4";
-    EXPECT_EQ(MovieRemuxer::remuxToMP4(files, environment.root() / "in.mov", out), std::nullopt);
-    EXPECT_EQ(files.calls, std::vector<std::string>{"remux in.mov -> out.mp4 as mp4 fast start"});
-    files.failure = Error{"bad"};
-    EXPECT_EQ(MovieRemuxer::remuxToMP4(files, environment.root() / "in.mov", out), RecordingError::writerFailed("bad"));
-    EXPECT_FALSE(std::filesystem::exists(out));
 }
 
 } // namespace

@@ -231,6 +231,12 @@ TEST_F(MovieFilesTest, TheWaveformOfAFileFollowsItsLoudness) {
     EXPECT_NEAR((*bars)[bars->size() / 4], 0.1, 0.05);
     EXPECT_NEAR((*bars)[bars->size() * 3 / 4], 0.8, 0.1);
     EXPECT_EQ(AudioWaveformLoader::waveform(files, environment.root() / "missing.m4a"), std::nullopt);
+
+    // Reading stops at the limit: how a long file gets the waveform of its beginning.
+    std::size_t samples = 0;
+    ASSERT_EQ(files.readAudio(temporary, 8000, 1, 1.0, [&](std::span<const float> chunk) { samples += chunk.size(); }),
+              std::nullopt);
+    EXPECT_EQ(samples, 8000u);
 }
 
 TEST_F(MovieFilesTest, ACancelledMovieLeavesNoFile) {

@@ -195,7 +195,6 @@ struct Files final : MovieFileProcessing {
     std::map<std::filesystem::path, MovieTrackCounts> tracks;
     std::vector<std::string> calls;
     std::optional<Error> failure;
-    std::vector<float> decodedSamples; // handed out in chunks of 800
 
     Expected<MovieTrackCounts> trackCounts(const std::filesystem::path& movie) override {
         auto found = tracks.find(movie);
@@ -216,14 +215,9 @@ struct Files final : MovieFileProcessing {
         if (!failure) touch(to);
         return failure;
     }
-    std::optional<Error> readAudio(const std::filesystem::path&, int sampleRate, int channels, double maxSeconds,
-                                   const std::function<void(std::span<const float>)>& chunk) override {
-        calls.push_back("read " + std::to_string(sampleRate) + " Hz " + std::to_string(channels) + "ch " +
-                        std::to_string(static_cast<int>(maxSeconds)) + " s");
-        if (failure) return failure;
-        for (std::size_t i = 0; i < decodedSamples.size(); i += 800)
-            chunk(std::span<const float>(decodedSamples).subspan(i, std::min<std::size_t>(800, decodedSamples.size() - i)));
-        return std::nullopt;
+    std::optional<Error> readAudio(const std::filesystem::path&, int, int, double,
+                                   const std::function<void(std::span<const float>)>&) override {
+        return Error{"not scripted"};
     }
 
     static std::string containerName(MovieContainer c) {
