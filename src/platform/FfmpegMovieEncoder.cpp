@@ -26,7 +26,7 @@ struct SoundTrack {
     std::unique_ptr<ffmpeg::AacTrack> encoder;
     ffmpeg::SoundConverter converter;
 
-    SoundTrack(std::unique_ptr<ffmpeg::AacTrack> track)
+    explicit SoundTrack(std::unique_ptr<ffmpeg::AacTrack> track)
         : encoder(std::move(track)), converter(encoder->settings().sampleRate, encoder->settings().channels) {}
 
     std::optional<Error> write(const AudioChunk& chunk, MediaTime time) {
@@ -50,6 +50,10 @@ struct SoundTrack {
     }
 };
 
+// Threads: the appends and readiness checks come from the capture's sample
+// queue and only queue work (`jobs_` under `mutex_`, counted in the atomics);
+// the encoding thread alone touches the tracks and the file until `finish`
+// or `cancel` has joined it, after which the caller's thread does.
 class FfmpegMovieEncoder final : public MovieEncoding {
 public:
     FfmpegMovieEncoder(ffmpeg::OutputFile output, std::filesystem::path url,
