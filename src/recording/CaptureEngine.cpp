@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 namespace tosvar {
 
@@ -91,15 +92,14 @@ std::optional<ContentFilter> CaptureEngine::filter(const FilterRecipe& recipe,
 
 void CaptureEngine::start(const RecordingTarget& target, std::function<void(std::optional<Error>)> completion) {
     intake_->onAudioLevel = onAudioLevel;
+    isStarting_ = true;
     services_.runDetached([self = shared_from_this(), target, completion = std::move(completion)]() mutable {
         auto started = std::make_shared<Expected<Running>>(self->startCapture(target));
         self->services_.mainQueue.async([self, started, completion = std::move(completion)] {
-            if (!*started) {
-                completion(started->error());
-                return;
-            }
-            self->running_ = std::move(*started).value();
-            completion(std::nullopt);
+            self->isStarting_ = false;
+            if (*started) self->running_ = std::move(*started).value();
+            completion(*started ? std::nullopt : std::optional<Error>(started->error()));
+            if (self->afterStart_) std::exchange(self->afterStart_, nullptr)();
         });
     });
 }
@@ -308,6 +308,11 @@ void CaptureEngine::cancel(std::function<void()> completion) {
 }
 
 void CaptureEngine::shutDown(std::function<void(std::unique_ptr<MovieWriter>)> then) {
+    if (isStarting_) {
+        // What is being started is stopped as soon as it stands.
+        afterStart_ = [self = shared_from_this(), then = std::move(then)]() mutable { self->shutDown(std::move(then)); };
+        return;
+    }
     std::optional<Running> running = std::move(running_);
     running_.reset();
     pendingSourceRect_.reset();

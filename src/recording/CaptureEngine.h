@@ -75,6 +75,7 @@ public:
     void updateSourceRect(const Rect& rect);
     // Lets these windows of ours into the movie; a no-op without a stream or ids.
     void includeOwnWindows(std::vector<std::uint32_t> ids, std::function<void(std::optional<Error>)> completion);
+    // Both may come while `start` is still under way: they wait for it.
     void stop(std::function<void(Expected<Result>)> completion);
     // Stops and removes the temporary movie.
     void cancel(std::function<void()> completion);
@@ -115,6 +116,8 @@ private:
     std::optional<Running> running_;
     std::optional<Rect> pendingSourceRect_;
     bool isApplyingSourceRect_ = false;
+    bool isStarting_ = false;
+    std::function<void()> afterStart_; // a stop or cancel asked for while starting
 };
 
 } // namespace tosvar

@@ -212,6 +212,18 @@ TEST_F(CaptureEngineTest, CancelStopsEverythingAndRemovesTheMovie) {
     EXPECT_FALSE(encoders.last().finished);
 }
 
+TEST_F(CaptureEngineTest, ACancelWhileStartingWaitsForTheStartAndUndoesIt) {
+    auto engine = makeEngine(true);
+    std::vector<std::string> events;
+    engine->start({displayFrame, std::nullopt, 1, std::nullopt}, [&](std::optional<Error>) { events.push_back("started"); });
+    engine->cancel([&] { events.push_back("cancelled"); });
+    settle();
+    EXPECT_EQ(events, (std::vector<std::string>{"started", "cancelled"}));
+    EXPECT_TRUE(screen.stream->stopped);
+    EXPECT_TRUE(sound.allStopped());
+    EXPECT_TRUE(encoders.last().cancelled);
+}
+
 TEST_F(CaptureEngineTest, OnlyTheNewestRectangleFollowsAnUpdateInFlight) {
     auto engine = makeEngine();
     EXPECT_EQ(start(*engine, {displayFrame, Rect{0, 0, 200, 100}, 1, std::nullopt}), std::nullopt);
