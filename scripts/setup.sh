@@ -17,9 +17,12 @@ packages=(
   libpng-dev libdeflate-dev zlib1g-dev nlohmann-json3-dev
   # reading text and QR codes
   libtesseract-dev tesseract-ocr-eng tesseract-ocr-chi-sim tesseract-ocr-chi-tra libzxing-dev
+  # movies and sound: FFmpeg (H.264 by libx264, AAC), PulseAudio
+  libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev libpulse-dev
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # running and driving the application headless
+  pulseaudio pulseaudio-utils
   xvfb xauth trayer xdotool xclip x11-utils x11-xserver-utils dbus dbus-x11 fonts-dejavu-core
   # the accessibility bus, for element detection
   at-spi2-core

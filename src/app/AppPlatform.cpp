@@ -1,8 +1,10 @@
 #include "AppPlatform.h"
 
 #include "BuildTarget.h"
+#include "FfmpegMovieEncoder.h"
 #include "LocalizationManager.h"
 #include "SettingsStore.h"
+#include "WorkerPool.h"
 
 #include <cstdlib>
 
@@ -32,9 +34,19 @@ AppPlatform::AppPlatform()
       fullScreen(*displays, screens),
       keyboard(X11KeyboardConnection::open()),
       hotkeyGrabber(keyboard ? std::make_unique<X11HotkeyGrabber>(*keyboard) : nullptr),
+      audio(std::make_shared<AudioRecorder>(AudioRecorderServices{
+          .mainQueue = mainQueue,
+          .runDetached = [](std::function<void()> work) { WorkerPool::shared().detach(std::move(work)); },
+          .makeEngine = [this] { return std::make_shared<AudioCaptureEngine>(sound, openFfmpegMovieEncoder); },
+          .processing = movieFiles,
+          .defaults = SettingsStore::standardDefaults(),
+          .files = files,
+          .alerts = alerts,
+          .temporaryDirectory = std::filesystem::temp_directory_path(),
+      })),
+      audioHUD([](const std::string& key) { return localize(key); }),
       region(forwardNotBuilt()),
       recording(forwardNotBuilt()),
-      audio(forwardNotBuilt()),
       presentation(forwardNotBuilt()),
       scroll(forwardNotBuilt()),
       translation(forwardNotBuilt()),

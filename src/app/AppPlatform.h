@@ -1,11 +1,15 @@
 #pragma once
 
+#include "AudioRecorder.h"
 #include "CaptureDeletion.h"
 #include "DisplayFullScreenCapture.h"
+#include "FfmpegMovieFiles.h"
 #include "LinuxPermissionProbe.h"
 #include "LocalFileManager.h"
+#include "PulseAudioCapture.h"
 #include "QProcessSettingsPageOpener.h"
 #include "QtAlertPresenter.h"
+#include "QtAudioRecordingHUD.h"
 #include "QtMainQueue.h"
 #include "QtPasteboard.h"
 #include "QtScreenLayout.h"
@@ -59,10 +63,13 @@ struct AppPlatform {
     DisplayFullScreenCapture fullScreen;
     std::unique_ptr<X11KeyboardConnection> keyboard; // none without an X server
     std::unique_ptr<X11HotkeyGrabber> hotkeyGrabber; // idem
+    PulseAudioCapture sound;
+    FfmpegMovieFiles movieFiles;
+    std::shared_ptr<AudioRecorder> audio;
+    QtAudioRecordingHUD audioHUD;
 
     UnbuiltRegionCapture region;
     UnbuiltRecording recording;
-    UnbuiltAudioRecording audio;
     UnbuiltPresentation presentation;
     UnbuiltScrollCapture scroll;
     UnbuiltTranslation translation;

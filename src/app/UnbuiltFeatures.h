@@ -1,7 +1,6 @@
 #pragma once
 
 #include "AnnotationFileSaver.h"
-#include "AudioRecordingController.h"
 #include "CaptureCardController.h"
 #include "MediaThumbnailer.h"
 #include "PinnedImageManager.h"
@@ -48,25 +47,6 @@ public:
     void stopAndDeliver() override {}
     void togglePause() override {}
     void arm(const RecordingTarget&, RecordingFormat, bool) override { notBuilt_("screen recording"); }
-
-private:
-    NotBuiltNotice notBuilt_;
-};
-
-class UnbuiltAudioRecording final : public AudioRecordingController, public AudioRecordingHUD {
-public:
-    explicit UnbuiltAudioRecording(NotBuiltNotice notBuilt) : notBuilt_(std::move(notBuilt)) {}
-    State state() const override { return State::idle; }
-    void start(const AppSettings&) override { notBuilt_("audio recording"); }
-    void stop(Ending) override {}
-    void togglePause() override {}
-    void confirmDiscard(std::function<void(bool)> completion) override { completion(false); }
-    void show(std::function<void()>, std::function<void()>, std::function<void()>) override {}
-    void close() override {}
-    void setPaused(bool) override {}
-    void setElapsed(double) override {}
-    void report(float) override {}
-    void storeFrameAndClose() override {}
 
 private:
     NotBuiltNotice notBuilt_;

@@ -328,7 +328,8 @@ void CaptureCoordinator::recordFullScreen() {
     }
     const RecordingFormat format =
         s_.defaults.string("recording.format") == "gif" ? RecordingFormat::gif : RecordingFormat::mp4;
-    s_.recording.arm({screen->frame, std::nullopt}, format, s_.defaults.boolean("recording.pinAfterGIF").value_or(false));
+    s_.recording.arm({screen->frame, std::nullopt, screen->backingScale, std::nullopt}, format,
+                     s_.defaults.boolean("recording.pinAfterGIF").value_or(false));
 }
 
 void CaptureCoordinator::toggleAudioRecording() {

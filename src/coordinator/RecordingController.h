@@ -2,6 +2,7 @@
 
 #include "Rect.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -10,10 +11,13 @@ namespace tosvar {
 
 enum class RecordingFormat { mp4, gif };
 
-// What to record: a display, optionally only part of it (screen points).
+// What to record: a display, optionally only part of it, or one window on it.
+// The display is known by its frame in screen points.
 struct RecordingTarget {
     Rect displayFrame;
-    std::optional<Rect> sourceRect;
+    std::optional<Rect> sourceRect; // display points, top-left origin; none: the whole display
+    double scale = 1;               // movie pixels per point
+    std::optional<std::uint32_t> windowID;
 };
 
 // Screen recording: arming, countdown, pause and delivery.
