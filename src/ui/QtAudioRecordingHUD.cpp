@@ -60,7 +60,9 @@ public:
         setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus);
         setAttribute(Qt::WA_TranslucentBackground);
         setAttribute(Qt::WA_ShowWithoutActivating);
-        setFixedSize(static_cast<int>(Model::width), static_cast<int>(Model::height));
+        // The plate's width is the least it takes; words longer than icons widen it.
+        setFixedHeight(static_cast<int>(Model::height));
+        setMinimumWidth(static_cast<int>(Model::width));
         auto* layout = new QHBoxLayout(this);
         layout->setContentsMargins(12, 0, 8, 0);
         layout->setSpacing(8);
@@ -74,6 +76,7 @@ public:
         layout->addWidget(pause_);
         layout->addWidget(button("audio.hud.stop", std::move(onStop)));
         layout->addWidget(button("audio.hud.discard", std::move(onDiscard)));
+        adjustSize();
     }
 
     void setPaused(bool paused) {

@@ -31,7 +31,10 @@ TEST(AudioRecordingHUD, ShowsTimeAndPauseStateAndCallsBack) {
     QWidget* bar = hud.window();
     ASSERT_NE(bar, nullptr);
     EXPECT_TRUE(bar->isVisible());
-    EXPECT_EQ(bar->size(), QSize(236, 38));
+    EXPECT_EQ(bar->height(), 38);
+    EXPECT_GE(bar->width(), 236);
+    for (const QToolButton* button : bar->findChildren<QToolButton*>())
+        EXPECT_GE(button->width(), button->sizeHint().width()) << "no word is cut off: " << button->text().toStdString();
 
     hud.setElapsed(65.4);
     EXPECT_EQ(bar->findChild<QLabel*>()->text(), "1:05");
