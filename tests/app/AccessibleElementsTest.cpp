@@ -1,6 +1,7 @@
 // Element detection against a real program: the application's welcome
 // window, read over the AT-SPI bus of a private session.
 #include "AtspiAccessibleElements.h"
+#include "ChildProcess.h"
 #include "ElementChain.h"
 #include "IsolatedEnvironment.h"
 #include "SessionBus.h"
@@ -14,42 +15,12 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <csignal>
 #include <functional>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <thread>
-
-extern char** environ;
 
 using namespace tosvar;
 
 namespace {
-
-// A child process in a group of its own, stopped with everything it started.
-class Child {
-public:
-    explicit Child(std::vector<std::string> arguments) {
-        std::vector<char*> argv;
-        for (std::string& argument : arguments) argv.push_back(argument.data());
-        argv.push_back(nullptr);
-        posix_spawnattr_t attributes;
-        posix_spawnattr_init(&attributes);
-        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
-        posix_spawnattr_setpgroup(&attributes, 0);
-        if (::posix_spawn(&pid_, argv[0], nullptr, &attributes, argv.data(), environ) != 0) pid_ = -1;
-        posix_spawnattr_destroy(&attributes);
-    }
-    ~Child() {
-        if (pid_ <= 0) return;
-        ::kill(-pid_, SIGTERM);
-        ::waitpid(pid_, nullptr, 0);
-    }
-    pid_t pid() const { return pid_; }
-
-private:
-    pid_t pid_ = -1;
-};
 
 bool waitFor(const std::function<bool()>& condition) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(15);
@@ -68,7 +39,7 @@ TEST(AccessibleElements, TheChainUnderAButtonOfAnotherProgram) {
     SessionBus bus;
     testApplication<QCoreApplication>();
     ::setenv("XDG_RUNTIME_DIR", environment.root().c_str(), 1);
-    Child accessibilityBus({"/usr/libexec/at-spi-bus-launcher", "--launch-immediately"});
+    ChildProcess accessibilityBus({"/usr/libexec/at-spi-bus-launcher", "--launch-immediately"});
     ASSERT_GT(accessibilityBus.pid(), 0) << "at-spi2-core is missing (scripts/setup.sh installs it)";
     ASSERT_TRUE(waitFor([] {
         return QDBusConnection::sessionBus().interface()->isServiceRegistered(QStringLiteral("org.a11y.Bus")).value();
@@ -76,7 +47,7 @@ TEST(AccessibleElements, TheChainUnderAButtonOfAnotherProgram) {
 
     ::unsetenv("QT_QPA_PLATFORM");
     ::setenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1", 1);
-    Child program({TOSVAR_EXECUTABLE}); // shows its welcome window: 520x560, centred on 1280x800
+    ChildProcess program({TOSVAR_EXECUTABLE}); // shows its welcome window: 520x560, centred on 1280x800
     ASSERT_GT(program.pid(), 0);
 
     AtspiAccessibleElements elements;

@@ -1,6 +1,7 @@
 // The built application on an X server of its own with a tray, as a user
 // meets it: a full-screen shot from the command line, another from the tray
 // menu, and a clean exit.
+#include "ChildProcess.h"
 #include "IsolatedEnvironment.h"
 #include "PngDecoder.h"
 #include "SessionBus.h"
@@ -10,17 +11,13 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <fstream>
 #include <functional>
-#include <spawn.h>
 #include <sstream>
 #include <string>
 #include <sys/wait.h>
 #include <thread>
-
-extern char** environ;
 
 using namespace tosvar;
 namespace fs = std::filesystem;
@@ -72,24 +69,25 @@ std::vector<fs::path> screenshots(const fs::path& folder) {
     return found;
 }
 
-// A tray for the icon: trayer at the top right corner, stopped with the test.
-class Tray {
-public:
-    Tray() {
-        const char* arguments[] = {"trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
-                                   "--height", "28", "--transparent", "false", nullptr};
-        if (::posix_spawnp(&pid_, "trayer", nullptr, nullptr, const_cast<char**>(arguments), environ) != 0) pid_ = -1;
-    }
-    ~Tray() {
-        if (pid_ <= 0) return;
-        ::kill(pid_, SIGTERM);
-        ::waitpid(pid_, nullptr, 0);
-    }
-    bool started() const { return pid_ > 0; }
-
-private:
-    pid_t pid_ = -1;
+// The tray's panel: where it stands and how wide it is; zero width before
+// trayer has mapped it.
+struct PanelGeometry {
+    int x = 0, y = 0, width = 0, height = 0;
 };
+
+PanelGeometry panelGeometry() {
+    const CommandRun panel = run("xdotool search --name '^panel$' getwindowgeometry --shell");
+    PanelGeometry geometry;
+    for (std::istringstream lines(panel.output); lines;) {
+        std::string line;
+        std::getline(lines, line);
+        std::sscanf(line.c_str(), "X=%d", &geometry.x);
+        std::sscanf(line.c_str(), "Y=%d", &geometry.y);
+        std::sscanf(line.c_str(), "WIDTH=%d", &geometry.width);
+        std::sscanf(line.c_str(), "HEIGHT=%d", &geometry.height);
+    }
+    return geometry;
+}
 
 class TosvarEndToEndTest : public ::testing::Test {
 protected:
@@ -112,11 +110,17 @@ protected:
 } // namespace
 
 TEST_F(TosvarEndToEndTest, FullScreenShotsFromTheCommandLineAndTheTrayMenuThenACleanExit) {
-    Tray tray;
+    ChildProcess tray({"trayer", "--edge", "top", "--align", "right", "--widthtype", "request", "--height", "28",
+                       "--transparent", "false"});
     ASSERT_TRUE(tray.started()) << "trayer is missing (scripts/setup.sh installs it)";
     ASSERT_TRUE(waitFor([] { return run("xdotool search --name '^panel$'").exitCode == 0; })) << "no tray panel";
+    const int emptyPanelWidth = panelGeometry().width;
 
-    // The first action starts the instance, which grabs the screen and delivers.
+    // The application first, so its icon sits in the tray before the shot.
+    ChildProcess application({TOSVAR_EXECUTABLE});
+    ASSERT_TRUE(application.started());
+    ASSERT_TRUE(waitFor([&] { return panelGeometry().width > emptyPanelWidth; })) << "the icon never reached the tray";
+
     const CommandRun shot = runTosvar("screenshot-full");
     ASSERT_EQ(shot.exitCode, 0) << shot.output;
     std::vector<fs::path> files = screenshots(saveFolder());
@@ -140,20 +144,11 @@ TEST_F(TosvarEndToEndTest, FullScreenShotsFromTheCommandLineAndTheTrayMenuThenAC
                                                << " bytes, the file " << fileBytes.size();
 
     // The tray icon opens the menu; its second row is the full-screen shot.
-    const CommandRun panel = run("xdotool search --name '^panel$' getwindowgeometry --shell");
-    int x = 0, y = 0, width = 0, height = 0;
-    for (std::istringstream lines(panel.output); lines;) {
-        std::string line;
-        std::getline(lines, line);
-        std::sscanf(line.c_str(), "X=%d", &x);
-        std::sscanf(line.c_str(), "Y=%d", &y);
-        std::sscanf(line.c_str(), "WIDTH=%d", &width);
-        std::sscanf(line.c_str(), "HEIGHT=%d", &height);
-    }
-    ASSERT_GT(width, 0) << panel.output;
+    const PanelGeometry panel = panelGeometry();
+    ASSERT_GT(panel.width, 0);
     std::this_thread::sleep_for(std::chrono::seconds(1)); // one second apart, so the names differ
-    const std::string click = "xdotool mousemove " + std::to_string(x + width / 2) + " " +
-                              std::to_string(y + height / 2) + " click 1";
+    const std::string click = "xdotool mousemove " + std::to_string(panel.x + panel.width / 2) + " " +
+                              std::to_string(panel.y + panel.height / 2) + " click 1";
     ASSERT_EQ(run(click).exitCode, 0);
     std::this_thread::sleep_for(std::chrono::milliseconds(400));
     ASSERT_EQ(run("xdotool key Down Down Return").exitCode, 0);
