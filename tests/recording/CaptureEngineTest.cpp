@@ -113,7 +113,8 @@ TEST_F(CaptureEngineTest, SystemAudioThatCannotStartStopsTheScreenToo) {
     sound.systemAudioError = Error{"no sound server"};
     auto engine = makeEngine(true);
     EXPECT_EQ(start(*engine, {displayFrame, std::nullopt, 1, std::nullopt}), Error{"no sound server"});
-    EXPECT_TRUE(screen.stream == nullptr || screen.stream->stopped);
+    ASSERT_TRUE(screen.streamStopped);
+    EXPECT_TRUE(*screen.streamStopped);
     EXPECT_TRUE(encoders.last().cancelled);
 }
 
@@ -167,7 +168,7 @@ TEST_F(CaptureEngineTest, FramesAndSoundReachTheMovieExceptWhilePaused) {
     EXPECT_EQ(movie.audioTimesOf(1), (std::vector<MediaTime>{ms(20), ms(220)}));
     EXPECT_EQ(levels, (std::vector<float>{0.5f, 0.75f}));
     EXPECT_TRUE(movie.finished);
-    EXPECT_TRUE(screen.stream->stopped);
+    EXPECT_TRUE(*screen.streamStopped);
     EXPECT_TRUE(sound.allStopped());
     EXPECT_EQ(result->url, movie.settings.url);
     EXPECT_EQ(result->appendedFrames, 3);
@@ -206,7 +207,7 @@ TEST_F(CaptureEngineTest, CancelStopsEverythingAndRemovesTheMovie) {
     engine->cancel([&] { cancelled = true; });
     settle();
     EXPECT_TRUE(cancelled);
-    EXPECT_TRUE(screen.stream->stopped);
+    EXPECT_TRUE(*screen.streamStopped);
     EXPECT_TRUE(sound.allStopped());
     EXPECT_TRUE(encoders.last().cancelled);
     EXPECT_FALSE(encoders.last().finished);
@@ -219,7 +220,7 @@ TEST_F(CaptureEngineTest, ACancelWhileStartingWaitsForTheStartAndUndoesIt) {
     engine->cancel([&] { events.push_back("cancelled"); });
     settle();
     EXPECT_EQ(events, (std::vector<std::string>{"started", "cancelled"}));
-    EXPECT_TRUE(screen.stream->stopped);
+    EXPECT_TRUE(*screen.streamStopped);
     EXPECT_TRUE(sound.allStopped());
     EXPECT_TRUE(encoders.last().cancelled);
 }

