@@ -3,6 +3,7 @@
 #include "AtomicFile.h"
 #include "BuildTarget.h"
 #include "FileContents.h"
+#include "LocalTime.h"
 #include "Log.h"
 #include "XdgPaths.h"
 
@@ -13,7 +14,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <cstdlib>
 #include <exception>
 #include <typeinfo>
@@ -59,19 +59,7 @@ void* frames[128];
 
 std::string wallTime(const char* pattern, bool milliseconds) {
     const auto now = std::chrono::system_clock::now();
-    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
-    std::tm local{};
-    localtime_r(&seconds, &local);
-    char buffer[64];
-    std::strftime(buffer, sizeof buffer, pattern, &local);
-    std::string text = buffer;
-    if (milliseconds) {
-        const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
-        char fraction[8];
-        std::snprintf(fraction, sizeof fraction, ".%03d", static_cast<int>(ms));
-        text += fraction;
-    }
-    return text;
+    return milliseconds ? formatLocalTimeWithMilliseconds(now, pattern) : formatLocalTime(now, pattern);
 }
 
 double millisecondsSince(Clock::time_point start) {

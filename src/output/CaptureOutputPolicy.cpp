@@ -1,6 +1,6 @@
 #include "CaptureOutputPolicy.h"
 
-#include <ctime>
+#include "LocalTime.h"
 
 namespace tosvar::CaptureOutputPolicy {
 
@@ -12,12 +12,7 @@ Expected<std::filesystem::path> picturesFolder(const BuildTarget& target, FileMa
 }
 
 std::string screenshotFilename(Clock::time_point at, const BuildTarget& target, const std::string& extension) {
-    const std::time_t seconds = Clock::to_time_t(at);
-    std::tm local{};
-    localtime_r(&seconds, &local);
-    char date[32];
-    std::strftime(date, sizeof date, "%Y-%m-%d at %H.%M.%S", &local);
-    return target.displayName() + " Screenshot " + date + "." + extension;
+    return target.displayName() + " Screenshot " + formatLocalTime(at, "%Y-%m-%d at %H.%M.%S") + "." + extension;
 }
 
 Expected<std::filesystem::path> writePNGToDisk(const Bytes& png, Clock::time_point at, const BuildTarget& target,

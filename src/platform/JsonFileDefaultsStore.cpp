@@ -3,13 +3,13 @@
 #include "AtomicFile.h"
 #include "Base64.h"
 #include "FileContents.h"
+#include "LocalTime.h"
 #include "Log.h"
 #include "XdgPaths.h"
 
 #include <nlohmann/json.hpp>
 
 #include <chrono>
-#include <ctime>
 
 namespace tosvar {
 
@@ -53,14 +53,7 @@ json toJson(const DefaultsValue& value) {
         value);
 }
 
-std::string timestamp() {
-    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::tm local{};
-    localtime_r(&now, &local);
-    char buffer[32];
-    std::strftime(buffer, sizeof buffer, "%Y%m%d-%H%M%S", &local);
-    return buffer;
-}
+std::string timestamp() { return formatLocalTime(std::chrono::system_clock::now(), "%Y%m%d-%H%M%S"); }
 
 } // namespace
 

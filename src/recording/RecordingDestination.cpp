@@ -1,5 +1,7 @@
 #include "RecordingDestination.h"
 
+#include "LocalTime.h"
+
 #include <cmath>
 #include <cstdio>
 #include <ctime>
@@ -18,9 +20,7 @@ std::string dated(const BuildTarget& target, const char* kind, Clock::time_point
         const std::time_t seconds = Clock::to_time_t(at);
         localtime_r(&seconds, &fields);
     }
-    char date[32];
-    std::strftime(date, sizeof date, "%Y-%m-%d at %H.%M.%S", &fields);
-    return target.displayName() + kind + date + "." + extension;
+    return target.displayName() + kind + formatTime(fields, "%Y-%m-%d at %H.%M.%S") + "." + extension;
 }
 
 } // namespace

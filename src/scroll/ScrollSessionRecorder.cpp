@@ -2,12 +2,12 @@
 
 #include "AtomicFile.h"
 #include "DefaultsStore.h"
+#include "LocalTime.h"
 #include "Log.h"
 #include "PngEncoder.h"
 #include "XdgPaths.h"
 
 #include <cstdlib>
-#include <ctime>
 #include <string_view>
 
 namespace tosvar {
@@ -15,14 +15,7 @@ namespace tosvar {
 namespace {
 
 // The present local time as "yyyyMMdd-HHmmss".
-std::string folderNameForNow() {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    char name[32];
-    std::strftime(name, sizeof name, "%Y%m%d-%H%M%S", &local);
-    return name;
-}
+std::string folderNameForNow() { return formatLocalTime(std::chrono::system_clock::now(), "%Y%m%d-%H%M%S"); }
 
 } // namespace
 
