@@ -42,6 +42,12 @@ struct MovieEncoderSettings {
     MovieContainer container = MovieContainer::quickTime;
     std::optional<VideoTrackSettings> video;
     std::vector<AudioTrackSettings> audioTracks;
+
+    // Appends a sound track; its index.
+    std::size_t addAudioTrack(const AudioTrackSettings& track) {
+        audioTracks.push_back(track);
+        return audioTracks.size() - 1;
+    }
 };
 
 // One movie being written as it is captured. Times count from the start of

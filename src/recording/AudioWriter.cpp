@@ -28,12 +28,10 @@ Expected<std::unique_ptr<AudioWriter>> AudioWriter::open(const MovieEncoderFacto
     const AudioTrackSettings aac{.sampleRate = sampleRate, .channels = quality.channels, .bitrate = quality.bitrate};
     std::optional<std::size_t> micTrack, systemAudioTrack;
     if (hasMicrophone) {
-        micTrack = settings.audioTracks.size();
-        settings.audioTracks.push_back(aac);
+        micTrack = settings.addAudioTrack(aac);
     }
     if (hasSystemAudio) {
-        systemAudioTrack = settings.audioTracks.size();
-        settings.audioTracks.push_back(aac);
+        systemAudioTrack = settings.addAudioTrack(aac);
     }
     Expected<std::unique_ptr<MovieEncoding>> encoder = makeEncoder(settings);
     if (!encoder) return RecordingError::writerFailed(encoder.error().message);

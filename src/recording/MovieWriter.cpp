@@ -24,12 +24,10 @@ Expected<std::unique_ptr<MovieWriter>> MovieWriter::open(const MovieEncoderFacto
     std::optional<std::size_t> systemAudioTrack, micTrack;
     const AudioTrackSettings aac{.sampleRate = 48000, .channels = 2, .bitrate = 128000};
     if (hasSystemAudio) {
-        systemAudioTrack = settings.audioTracks.size();
-        settings.audioTracks.push_back(aac);
+        systemAudioTrack = settings.addAudioTrack(aac);
     }
     if (hasMicrophone) {
-        micTrack = settings.audioTracks.size();
-        settings.audioTracks.push_back(aac);
+        micTrack = settings.addAudioTrack(aac);
     }
     Expected<std::unique_ptr<MovieEncoding>> encoder = makeEncoder(settings);
     if (!encoder) return RecordingError::writerFailed(encoder.error().message);
