@@ -243,6 +243,7 @@ ScrollStitcher::Arbitration ScrollStitcher::arbitrate(const std::vector<ScrollCa
                                                       const std::vector<float>& texture, int regionTop,
                                                       int regionBottom) const {
     constexpr int blocks = 12;
+    constexpr double jointTau = 6.0;
     std::vector<int> deltas;
     std::vector<std::vector<double>> profiles;
     for (const ScrollCandidate& c : candidates) {
@@ -253,12 +254,29 @@ ScrollStitcher::Arbitration ScrollStitcher::arbitrate(const std::vector<ScrollCa
         profiles.push_back(std::move(*profile));
     }
     const std::vector<bool> fixed = ScrollOverlap::fixedBlocks(next, prev, regionTop, regionBottom, blocks, 2.0, 1.0);
-    const std::vector<double> scores = ScrollOverlap::jointScores(profiles, 6.0, fixed);
+    const std::vector<double> scores = ScrollOverlap::jointScores(profiles, jointTau, fixed);
     std::vector<ScrollCandidate> ranked;
     for (std::size_t i = 0; i < scores.size(); ++i) ranked.push_back({deltas[i], scores[i]});
     std::stable_sort(ranked.begin(), ranked.end(),
                      [](const ScrollCandidate& a, const ScrollCandidate& b) { return a.mad < b.mad; });
     if (ranked.empty() || ranked.front().mad > matchThreshold * 0.5) return {};
+    // Blocks that no hypothesis explains are left out of the scores, so a
+    // lone wrong hypothesis could win on blank margins alone. The winner must
+    // explain at least a third of the blocks that hold structure in the rows
+    // it compared and did not stay fixed; a moving part such as a video may
+    // take the rest.
+    const int winnerDelta = ranked.front().delta;
+    const std::vector<bool> structured = ScrollOverlap::texturedBlocks(
+        next, std::max(regionTop - winnerDelta, regionTop), std::min(regionBottom, regionBottom - winnerDelta), texture,
+        rowTextureGate, blocks, 1.0);
+    const std::vector<double>& winner = profiles[std::find(deltas.begin(), deltas.end(), winnerDelta) - deltas.begin()];
+    int movedStructure = 0, explained = 0;
+    for (std::size_t b = 0; b < structured.size() && b < winner.size(); ++b) {
+        if (!structured[b] || (b < fixed.size() && fixed[b])) continue;
+        ++movedStructure;
+        explained += winner[b] <= jointTau;
+    }
+    if (3 * explained < movedStructure) return {};
 
     const ScrollCandidate best = ranked.front();
     const double margin = std::max(best.mad * 0.5, 1.0);

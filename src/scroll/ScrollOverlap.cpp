@@ -82,6 +82,28 @@ std::vector<bool> fixedBlocks(const ScrollPatch& next, const ScrollPatch& prev, 
     return fixed;
 }
 
+std::vector<bool> texturedBlocks(const ScrollPatch& next, int y0, int y1, const std::vector<float>& texture,
+                                 float textureGate, int blocks, double minTexture) {
+    y0 = std::max(y0, 0);
+    y1 = std::min({y1, next.height, static_cast<int>(texture.size())});
+    if (next.width <= 0) return {};
+    const ScrollBlockSplit split = ScrollBlockSplit::of(next.width, blocks);
+    std::vector<double> gradient(static_cast<std::size_t>(split.count), 0.0);
+    int used = 0;
+    for (int y = y0; y + 1 < y1; ++y) {
+        if (texture[y] < textureGate) continue;
+        ++used;
+        for (int k = 0; k < split.count; ++k) {
+            const int x = k * split.width;
+            gradient[k] += ScrollKernels::absDiffSum(next.row(y + 1) + x, next.row(y) + x, split.width);
+        }
+    }
+    std::vector<bool> structured(static_cast<std::size_t>(split.count), false);
+    if (used == 0) return structured;
+    for (int k = 0; k < split.count; ++k) structured[k] = gradient[k] / (double(split.width) * used) >= minTexture;
+    return structured;
+}
+
 std::vector<double> jointScores(const std::vector<std::vector<double>>& profiles, double tau,
                                 const std::vector<bool>& excluding) {
     if (profiles.empty()) return {};

@@ -30,6 +30,12 @@ std::optional<double> trimmedScore(const ScrollPatch& next, const ScrollPatch& p
 std::vector<bool> fixedBlocks(const ScrollPatch& next, const ScrollPatch& prev, int y0, int y1, int blocks,
                               double rowTolerance, double minTexture);
 
+// Blocks that hold structure in `next`: true where the mean vertical
+// gradient over the rows of [y0, y1) whose `texture` reaches `textureGate`
+// is at least `minTexture`.
+std::vector<bool> texturedBlocks(const ScrollPatch& next, int y0, int y1, const std::vector<float>& texture,
+                                 float textureGate, int blocks, double minTexture);
+
 // One score per hypothesis: its mean over the informative blocks, those not
 // excluded that some hypothesis explains within `tau`. With no informative
 // block every score is the largest finite double.

@@ -14,9 +14,11 @@ using namespace tosvar::ScrollCorpus;
 namespace {
 
 struct Rates {
-    int exact = 0, wrong = 0, none = 0;
-    int pairs() const { return exact + wrong + none; }
-    void add(Outcome outcome) { (outcome == Outcome::exact ? exact : outcome == Outcome::wrong ? wrong : none) += 1; }
+    int exact = 0, alike = 0, wrong = 0, none = 0;
+    int pairs() const { return exact + alike + wrong + none; }
+    void add(Outcome outcome) {
+        (outcome == Outcome::exact ? exact : outcome == Outcome::alike ? alike : outcome == Outcome::wrong ? wrong : none) += 1;
+    }
 };
 
 // Writes a sequence into `root` and runs the search over it.
@@ -67,7 +69,14 @@ TEST(ScrollCorpus, TruthRoundTripsThroughTheFolder) {
     EXPECT_EQ(truth->files.front(), "frame-000000.png");
     ASSERT_EQ(truth->offsets.size(), 5u);
     for (int i = 0; i < 5; ++i) EXPECT_EQ(truth->offsets[i], sequence->offset(i));
-    for (int i = 1; i < 5; ++i) EXPECT_EQ(truth->views[i], sequence->view(i));
+    for (int i = 1; i < 5; ++i) {
+        EXPECT_EQ(truth->views[i], sequence->view(i));
+        ASSERT_EQ(truth->alike[i].size(), sequence->alikeShifts(i).size());
+        for (std::size_t r = 0; r < truth->alike[i].size(); ++r) {
+            EXPECT_EQ(truth->alike[i][r].first, sequence->alikeShifts(i)[r].first);
+            EXPECT_EQ(truth->alike[i][r].last, sequence->alikeShifts(i)[r].last);
+        }
+    }
 
     std::ofstream(folder / "truth.json") << R"({"class": "text", "width": 10, "height": 10, "frames": [{"file": "a.png", "offset": 0, "view": "sideways"}]})";
     EXPECT_NE(readTruth(folder).error().message.find("unknown view \"sideways\""), std::string::npos);
@@ -83,6 +92,18 @@ TEST(ScrollCorpus, ViewsTellWhatAPairShows) {
     for (int i = 1; i < 24; ++i) {
         ++blank[blankPage->view(i)];
         ++text[textPage->view(i)];
+        // A repeated pair has other shifts that line it up, a flat one none to
+        // tell apart; the true shift is never among them.
+        const std::vector<ShiftRange>& alike = blankPage->alikeShifts(i);
+        if (blankPage->view(i) == PairView::repeated) {
+            EXPECT_FALSE(alike.empty()) << i;
+        }
+        if (blankPage->view(i) == PairView::flat) {
+            EXPECT_TRUE(alike.empty()) << i;
+        }
+        EXPECT_TRUE(textPage->alikeShifts(i).empty()) << i;
+        const int trueDelta = blankPage->offset(i) - blankPage->offset(i - 1);
+        for (const ShiftRange& range : alike) EXPECT_FALSE(range.contains(trueDelta)) << i;
     }
     EXPECT_GT(blank[PairView::flat], 0);
     EXPECT_GT(blank[PairView::repeated], 0);
@@ -106,15 +127,21 @@ TEST(ScrollCorpus, SearchFindsTheTrueMovementOnPagesOfUniqueContent) {
     EXPECT_LE(unique.wrong, unique.pairs() * 0.001) << unique.wrong << " of " << unique.pairs();
 }
 
-TEST(ScrollCorpus, SearchNeverClaimsAMovementWhereNothingShows) {
+// Where a pair shows nothing it never claims a movement; where its content
+// repeats it proves no movement that the frames tell apart from the true one.
+TEST(ScrollCorpus, SearchProvesNoWrongMovementOnFlatOrRepeatedContent) {
     IsolatedEnvironment environment;
-    Rates flat;
+    Rates flat, repeated;
     for (std::uint32_t seed : {7u, 8u})
-        for (const char* className : {"blank", "media"})
-            for (const PairResult& pair : writtenAndSearched({className, {800, 600}, 24, seed}, environment.root()).pairs)
+        for (const char* className : {"blank", "media", "table"})
+            for (const PairResult& pair : writtenAndSearched({className, {800, 600}, 24, seed}, environment.root()).pairs) {
                 if (pair.view == PairView::flat) flat.add(pair.outcome);
+                if (pair.view == PairView::repeated) repeated.add(pair.outcome);
+            }
     ASSERT_GT(flat.pairs(), 10);
-    EXPECT_EQ(flat.wrong, 0);
+    EXPECT_EQ(flat.wrong + flat.alike, 0);
+    ASSERT_GT(repeated.pairs(), 5);
+    EXPECT_EQ(repeated.wrong, 0);
 }
 
 namespace {

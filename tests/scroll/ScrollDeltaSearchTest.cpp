@@ -135,6 +135,35 @@ TEST(ScrollDeltaSearch, ArbitrateDecidesAClearWinnerAndIgnoresShiftZero) {
         << "a wrong shift explains no block";
 }
 
+TEST(ScrollDeltaSearch, ArbitrateWantsTheWinnerToExplainAThirdOfTheStructure) {
+    const ScrollStitcher stitcher = newStitcher();
+    auto verdict = [&](const FramePair& pair, int delta) {
+        return stitcher.arbitrate({{delta, 0.0}}, pair.next, pair.prev, pair.next.rowTexture(), 0, 300);
+    };
+
+    // Text in the middle columns, blank margins on both sides: a lone wrong
+    // shift explains the margins and nothing else.
+    ScrollPatch page = noisePage(96, 600, 8);
+    for (int y = 0; y < 600; ++y)
+        for (int x = 0; x < 96; ++x)
+            if (x < 32 || x >= 64) page.pixels[std::size_t(y) * 96 + x] = 250;
+    const FramePair margins(page, 100, 130, 300);
+    EXPECT_EQ(verdict(margins, 31).kind, Kind::undecided);
+    EXPECT_EQ(verdict(margins, 30), (ScrollStitcher::Arbitration{Kind::decided, 30, false}));
+
+    // A video over the left columns changes in place: the true shift still
+    // wins while it explains a third of the blocks.
+    auto withVideo = [](int columns) {
+        FramePair pair(noisePage(96, 600, 9), 100, 130, 300);
+        const ScrollPatch video = noisePage(96, 300, 10);
+        for (int y = 0; y < 300; ++y)
+            for (int x = 0; x < columns; ++x) pair.next.pixels[std::size_t(y) * 96 + x] = video.at(x, y);
+        return pair;
+    };
+    EXPECT_EQ(verdict(withVideo(64), 30), (ScrollStitcher::Arbitration{Kind::decided, 30, false})) << "4 of 12 blocks";
+    EXPECT_EQ(verdict(withVideo(72), 30).kind, Kind::undecided) << "3 of 12 blocks";
+}
+
 TEST(ScrollDeltaSearch, EqualRivalsOfARepeatedLineFollowTheLastMovementNeverDecisively) {
     // Lines repeat every 20 rows and the page moved by 45: 5, 25, 45 and 65 all fit.
     const FramePair pair(repeatedLines(120, 600, 20), 100, 145, 200);

@@ -77,6 +77,30 @@ TEST(ScrollOverlap, FixedBlocksStayPutAndHoldStructure) {
     EXPECT_TRUE(fixedBlocks(next, flatPatch(23, 60, 0), 0, 60, 12, 2.0, 1.0).empty());
 }
 
+TEST(ScrollOverlap, TexturedBlocksFindStructureInTheTexturedRowsOfTheRange) {
+    // Blocks of 2 columns; columns 4-11 (blocks 2-5) hold noise in rows 0-29,
+    // column 20 (block 10) a vertical ramp in rows 30-59.
+    ScrollPatch next = flatPatch(24, 60, 100);
+    const ScrollPatch noise = noisePage(24, 30, 5);
+    for (int y = 0; y < 30; ++y)
+        for (int x = 4; x < 12; ++x) next.pixels[std::size_t(y) * 24 + x] = noise.at(x, y);
+    for (int y = 30; y < 60; ++y) next.pixels[std::size_t(y) * 24 + 20] = float(y * 8);
+    auto structured = [&](int y0, int y1, const std::vector<float>& texture) {
+        std::vector<int> blocks;
+        const std::vector<bool> found = texturedBlocks(next, y0, y1, texture, 0.35f, 12, 1.0);
+        for (int b = 0; b < static_cast<int>(found.size()); ++b)
+            if (found[b]) blocks.push_back(b);
+        return blocks;
+    };
+    EXPECT_EQ(structured(0, 60, textured(60)), (std::vector<int>{2, 3, 4, 5, 10}));
+    EXPECT_EQ(structured(0, 30, textured(60)), (std::vector<int>{2, 3, 4, 5}));
+    EXPECT_EQ(structured(30, 60, textured(60)), (std::vector<int>{10}));
+    std::vector<float> topFlat = textured(60);
+    std::fill(topFlat.begin(), topFlat.begin() + 30, 0.0f);
+    EXPECT_EQ(structured(0, 60, topFlat), (std::vector<int>{10})) << "rows without texture do not count";
+    EXPECT_EQ(structured(0, 60, std::vector<float>(60, 0.0f)), std::vector<int>{});
+}
+
 TEST(ScrollOverlap, JointScoresAverageOnlyTheBlocksSomeHypothesisExplains) {
     const std::vector<std::vector<double>> profiles = {{1, 2, 50, 3}, {4, 40, 60, 5}};
     // Block 2 no hypothesis explains within 6; block 3 is excluded.

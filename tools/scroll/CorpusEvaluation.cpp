@@ -21,7 +21,7 @@ Expected<FolderResult> evaluateFolder(const std::filesystem::path& folder, Worke
             const PairSearch::Measurement found = search.measure(*prev, *frame, t.axis);
             const double ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
             const int trueDelta = t.offsets[i] - t.offsets[i - 1];
-            result.pairs.push_back({static_cast<int>(i), t.views[i], trueDelta, found, judge(found, trueDelta), ms});
+            result.pairs.push_back({static_cast<int>(i), t.views[i], trueDelta, found, judge(found, trueDelta, t.alike[i]), ms});
         }
         prev = std::move(*frame);
     }

@@ -81,9 +81,12 @@ PairSearch::Measurement PairSearch::measure(const ImageBuffer& prev, const Image
     return search(std::get<Prepared>(prepared));
 }
 
-Outcome judge(const PairSearch::Measurement& measurement, int trueDelta) {
+Outcome judge(const PairSearch::Measurement& measurement, int trueDelta, const std::vector<ShiftRange>& alike) {
     if (measurement.delta == trueDelta) return Outcome::exact;
     if (!measurement.delta || measurement.unchanged) return Outcome::none;
+    const int found = *measurement.delta;
+    if (std::any_of(alike.begin(), alike.end(), [&](const ShiftRange& r) { return r.contains(found); }))
+        return Outcome::alike;
     return Outcome::wrong;
 }
 

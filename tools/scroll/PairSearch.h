@@ -2,6 +2,7 @@
 
 #include "ImageBuffer.h"
 #include "ScrollBand.h"
+#include "ScrollCorpus.h"
 #include "ScrollStitcher.h"
 
 #include <optional>
@@ -47,10 +48,11 @@ private:
     ScrollStitcher stitcher_;
 };
 
-enum class Outcome { exact, wrong, none };
+enum class Outcome { exact, alike, wrong, none };
 // Exact for the true delta; none when no delta was proven, or when the
 // frames read as unchanged although the page moved (nothing showed the
-// movement); wrong for any other delta.
-Outcome judge(const PairSearch::Measurement& measurement, int trueDelta);
+// movement); alike for a delta of `alike`, which the frames cannot tell from
+// the true one; wrong for any other delta.
+Outcome judge(const PairSearch::Measurement& measurement, int trueDelta, const std::vector<ShiftRange>& alike);
 
 } // namespace tosvar::ScrollCorpus

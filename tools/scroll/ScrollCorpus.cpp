@@ -341,23 +341,40 @@ std::vector<std::uint64_t> lineHashes(const ImageBuffer& page, bool sideways) {
     return hashes;
 }
 
-// The view of the pair whose frames show page lines from `from` and from
-// `to`, each `length` lines long.
-PairView viewOf(const std::vector<std::uint64_t>& lines, int from, int to, int length) {
+// Lines of difference too few for the search to weigh: its full-resolution
+// check reads every second row, so one or two differing lines can pass unseen.
+constexpr int thinEvidence = 2;
+
+struct PairLook {
+    PairView view = PairView::unique;
+    std::vector<ShiftRange> alike;
+};
+
+// What the pair whose frames show page lines from `from` and from `to`, each
+// `length` lines long, lets anyone see.
+PairLook lookOf(const std::vector<std::uint64_t>& lines, int from, int to, int length) {
     const int first = std::min(from, to), last = std::max(from, to) + length;
     if (std::all_of(lines.begin() + first, lines.begin() + last, [&](std::uint64_t h) { return h == lines[first]; }))
-        return PairView::flat;
-    // Whether line y of the newer view matching line y + d of the older one
-    // explains every line the two share.
-    auto linesUp = [&](int d) {
-        for (int y = std::max(0, -d); y < std::min(length, length - d); ++y)
-            if (lines[to + y] != lines[from + y + d]) return false;
-        return true;
+        return {PairView::flat, {}};
+    // How many of the lines the two share fail to match when line y of the
+    // newer view is taken for line y + d of the older one, counted up to `most`.
+    auto misses = [&](int d, int most) {
+        int missed = 0;
+        for (int y = std::max(0, -d); y < std::min(length, length - d) && missed < most; ++y)
+            missed += lines[to + y] != lines[from + y + d];
+        return missed;
     };
     const int reach = length * 3 / 4;
-    for (int d = -reach; d <= reach; ++d)
-        if (d != to - from && linesUp(d)) return PairView::repeated;
-    return PairView::unique;
+    PairLook look;
+    for (int d = -reach; d <= reach; ++d) {
+        if (d == to - from) continue;
+        const int missed = misses(d, thinEvidence + 1);
+        if (missed > thinEvidence) continue;
+        if (missed == 0) look.view = PairView::repeated;
+        if (!look.alike.empty() && look.alike.back().last == d - 1) look.alike.back().last = d;
+        else look.alike.push_back({d, d});
+    }
+    return look;
 }
 
 // A name's hash that does not depend on the standard library.
@@ -457,8 +474,12 @@ Expected<Sequence> Sequence::generate(const SequenceRequest& request) {
     sequence.page_ = std::move(page).freeze();
     const std::vector<std::uint64_t> lines = lineHashes(sequence.page_, r->sideways);
     sequence.views_.assign(sequence.offsets_.size(), PairView::unique);
-    for (std::size_t i = 1; i < sequence.offsets_.size(); ++i)
-        sequence.views_[i] = viewOf(lines, sequence.offsets_[i - 1], sequence.offsets_[i], length);
+    sequence.alike_.assign(sequence.offsets_.size(), {});
+    for (std::size_t i = 1; i < sequence.offsets_.size(); ++i) {
+        PairLook look = lookOf(lines, sequence.offsets_[i - 1], sequence.offsets_[i], length);
+        sequence.views_[i] = look.view;
+        sequence.alike_[i] = std::move(look.alike);
+    }
     sequence.features_ = std::make_shared<Features>(r->features);
     sequence.layout_ = std::move(layout);
     return sequence;
@@ -599,6 +620,11 @@ std::optional<Error> write(const Sequence& sequence, const std::filesystem::path
         if (std::optional<Error> failed = PngEncoder::writeFile(sequence.frame(i), folder / name)) return failed;
         nlohmann::json frame = {{"file", name}, {"offset", sequence.offset(i)}};
         if (i > 0) frame["view"] = pairViewName(sequence.view(i));
+        if (i > 0 && !sequence.alikeShifts(i).empty()) {
+            nlohmann::json alike = nlohmann::json::array();
+            for (const ShiftRange& range : sequence.alikeShifts(i)) alike.push_back({range.first, range.last});
+            frame["alike"] = std::move(alike);
+        }
         frames.push_back(std::move(frame));
     }
     const SequenceRequest& request = sequence.request();
@@ -635,6 +661,10 @@ Expected<Truth> readTruth(const std::filesystem::path& folder) {
             const std::string view = frame.value("view", std::string("unique"));
             if (!pairViewNamed(view)) return Error{where + ": unknown view \"" + view + "\""};
             truth.views.push_back(*pairViewNamed(view));
+            std::vector<ShiftRange> alike;
+            for (const nlohmann::json& range : frame.value("alike", nlohmann::json::array()))
+                alike.push_back({range.at(0).get<int>(), range.at(1).get<int>()});
+            truth.alike.push_back(std::move(alike));
         }
         return truth;
     } catch (const nlohmann::json::exception& e) {

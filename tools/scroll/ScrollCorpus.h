@@ -37,6 +37,13 @@ const std::vector<FrameSize>& frameSizes();
 //   as well (identical rows, or an overlap with nothing in it);
 //   flat: no row of either view differs from another.
 enum class PairView { unique, repeated, flat };
+
+// A closed range of shifts.
+struct ShiftRange {
+    int first = 0;
+    int last = 0;
+    bool contains(int shift) const { return shift >= first && shift <= last; }
+};
 const char* pairViewName(PairView view);
 std::optional<PairView> pairViewNamed(const std::string& name);
 
@@ -85,6 +92,10 @@ public:
     int offset(int frame) const { return offsets_[frame]; }
     // The pair of frames `frame - 1` and `frame`, for frame 1 and up.
     PairView view(int frame) const { return views_[frame]; }
+    // The other shifts under which the two views differ in at most two of the
+    // lines they share (none for a repeated pair's own): the frames hold
+    // too little to tell them from the true one.
+    const std::vector<ShiftRange>& alikeShifts(int frame) const { return alike_[frame]; }
     ImageBuffer frame(int index) const;
     DocumentTruth documentTruth() const;
 
@@ -98,6 +109,7 @@ private:
     ScrollAxis axis_ = ScrollAxis::vertical;
     std::vector<int> offsets_;
     std::vector<PairView> views_; // per frame, for the pair it ends; the first is unused
+    std::vector<std::vector<ShiftRange>> alike_; // parallel to `views_`
     ImageBuffer page_;
     std::shared_ptr<const Features> features_;
     std::shared_ptr<const Layout> layout_;
@@ -116,6 +128,7 @@ struct Truth {
     std::vector<std::string> files; // relative to the folder
     std::vector<int> offsets;
     std::vector<PairView> views; // parallel to `offsets`; the first is unused
+    std::vector<std::vector<ShiftRange>> alike; // parallel to `offsets`
 };
 Expected<Truth> readTruth(const std::filesystem::path& folder);
 

@@ -134,15 +134,16 @@ int delta(const std::vector<std::string>& args) {
 
 // Tallies of one pair class at one frame size.
 struct Tally {
-    int exact = 0, wrong = 0, none = 0;
+    int exact = 0, alike = 0, wrong = 0, none = 0;
     std::vector<double> milliseconds;
-    int pairs() const { return exact + wrong + none; }
+    int pairs() const { return exact + alike + wrong + none; }
     void add(Outcome outcome, double ms) {
-        (outcome == Outcome::exact ? exact : outcome == Outcome::wrong ? wrong : none) += 1;
+        (outcome == Outcome::exact ? exact : outcome == Outcome::alike ? alike : outcome == Outcome::wrong ? wrong : none) += 1;
         milliseconds.push_back(ms);
     }
     Tally& operator+=(const Tally& other) {
         exact += other.exact;
+        alike += other.alike;
         wrong += other.wrong;
         none += other.none;
         milliseconds.insert(milliseconds.end(), other.milliseconds.begin(), other.milliseconds.end());
@@ -158,8 +159,9 @@ double percentile(std::vector<double> values, double p) {
 
 void printRow(const std::string& name, const std::string& size, const Tally& t) {
     const double n = std::max(t.pairs(), 1);
-    std::printf("%-22s %-10s %6d %8.2f%% %7.2f%% %7.2f%% %8.2f %8.2f\n", name.c_str(), size.c_str(), t.pairs(),
-                100.0 * t.exact / n, 100.0 * t.wrong / n, 100.0 * t.none / n, percentile(t.milliseconds, 0.5),
+    std::printf("%-22s %-10s %6d %8.2f%% %7.2f%% %7.2f%% %7.2f%% %8.2f %8.2f\n", name.c_str(), size.c_str(), t.pairs(),
+                100.0 * t.exact / n, 100.0 * t.alike / n, 100.0 * t.wrong / n, 100.0 * t.none / n,
+                percentile(t.milliseconds, 0.5),
                 percentile(t.milliseconds, 0.95));
 }
 
@@ -184,7 +186,7 @@ std::optional<Error> tally(const std::filesystem::path& folder, WorkerPool* work
             std::printf("%s %s: true %d, found %s%s\n", (folder / truth.files[pair.frame]).string().c_str(),
                         pairViewName(pair.view), pair.trueDelta,
                         pair.found.delta ? std::to_string(*pair.found.delta).c_str() : "none",
-                        pair.found.unchanged ? " (unchanged)" : "");
+                        pair.found.unchanged ? " (unchanged)" : pair.outcome == Outcome::alike ? " (alike)" : "");
     }
     return std::nullopt;
 }
@@ -232,7 +234,7 @@ int eval(const std::vector<std::string>& args) {
             std::fprintf(stderr, "tosvar-scroll: %s\n", failed->message.c_str());
             return 1;
         }
-    std::printf("%-22s %-10s %6s %9s %8s %8s %8s %8s\n", "pair class", "size", "pairs", "exact", "wrong", "none",
+    std::printf("%-22s %-10s %6s %9s %8s %8s %8s %8s %8s\n", "pair class", "size", "pairs", "exact", "alike", "wrong", "none",
                 "ms p50", "ms p95");
     for (const auto& [key, tally] : tallies.byClass) printRow(key.first, key.second, tally);
     std::printf("\n");
