@@ -41,34 +41,49 @@ std::optional<int> ScrollCanvas::locate(ScrollBand band, const ScrollPatch& patc
     const int covered = band.height / rowScale_;
     if (covered == 0 ? height() < 2 : height() <= covered) return std::nullopt;
     if (patch.width < width_) return std::nullopt;
-    ScrollCanvas scratch(width_, rowScale_);
-    scratch.push(patch, band);
-    const int scratchRows = scratch.height();
-    if (scratchRows == 0) return std::nullopt;
 
-    const int positions = height() - scratchRows + 1;
-    std::vector<double> scores(static_cast<std::size_t>(std::max(positions, 0)));
-    scanShifts(pool, positions, static_cast<long long>(scratchRows) * width_, [&](int p) {
-        double sum = 0;
-        for (int r = 0; r < scratchRows; ++r) sum += ScrollKernels::absDiffSum(row(p + r), scratch.row(r), width_);
-        scores[p] = sum / (double(scratchRows) * width_);
-    });
+    // Canvas rows average document rows from multiples of `rowScale`, and a
+    // band that starts off that grid averages other rows and matches poorly.
+    // The band is tried from each of its first `rowScale` rows; the phase
+    // with the best match decides, against its own runner-up.
+    struct Match {
+        double best = std::numeric_limits<double>::infinity();
+        double runnerUp = std::numeric_limits<double>::infinity();
+        int position = -1; // document row of the band's top
+    };
+    std::optional<Match> chosen;
+    for (int phase = 0; phase < rowScale_ && phase < band.height; ++phase) {
+        ScrollCanvas scratch(width_, rowScale_);
+        scratch.push(patch, {band.start + phase, band.height - phase});
+        const int scratchRows = scratch.height();
+        if (scratchRows == 0) continue;
 
-    constexpr double none = std::numeric_limits<double>::infinity();
-    double best = none, runnerUp = none;
-    int bestPosition = -1;
-    for (int p = 0; p < positions; ++p) {
-        const double score = scores[p];
-        if (score < best) {
-            if (bestPosition >= 0 && std::abs(p - bestPosition) >= 3) runnerUp = best;
-            best = score;
-            bestPosition = p;
-        } else if (score < runnerUp && std::abs(p - bestPosition) >= 3) {
-            runnerUp = score;
+        const int positions = height() - scratchRows + 1;
+        std::vector<double> scores(static_cast<std::size_t>(std::max(positions, 0)));
+        scanShifts(pool, positions, static_cast<long long>(scratchRows) * width_, [&](int p) {
+            double sum = 0;
+            for (int r = 0; r < scratchRows; ++r) sum += ScrollKernels::absDiffSum(row(p + r), scratch.row(r), width_);
+            scores[p] = sum / (double(scratchRows) * width_);
+        });
+
+        Match match;
+        int bestRow = -1;
+        for (int p = 0; p < positions; ++p) {
+            const double score = scores[p];
+            if (score < match.best) {
+                if (bestRow >= 0 && std::abs(p - bestRow) >= 3) match.runnerUp = match.best;
+                match.best = score;
+                bestRow = p;
+            } else if (score < match.runnerUp && std::abs(p - bestRow) >= 3) {
+                match.runnerUp = score;
+            }
         }
+        if (bestRow < 0) continue;
+        match.position = bestRow * rowScale_ - phase;
+        if (!chosen || match.best < chosen->best) chosen = match;
     }
-    if (bestPosition < 0 || best > madGate || runnerUp - best < dominance) return std::nullopt;
-    return bestPosition * rowScale_;
+    if (!chosen || chosen->best > madGate || chosen->runnerUp - chosen->best < dominance) return std::nullopt;
+    return chosen->position;
 }
 
 } // namespace tosvar

@@ -261,10 +261,10 @@ ScrollStitcher::Arbitration ScrollStitcher::arbitrate(const std::vector<ScrollCa
                      [](const ScrollCandidate& a, const ScrollCandidate& b) { return a.mad < b.mad; });
     if (ranked.empty() || ranked.front().mad > matchThreshold * 0.5) return {};
     // Blocks that no hypothesis explains are left out of the scores, so a
-    // lone wrong hypothesis could win on blank margins alone. The winner must
-    // explain at least a third of the blocks that hold structure in the rows
-    // it compared and did not stay fixed; a moving part such as a video may
-    // take the rest.
+    // lone wrong hypothesis could win on blank margins or on the edges of
+    // section backgrounds alone. The winner must explain at least half of the
+    // blocks that hold structure in the rows it compared and did not stay
+    // fixed: a moving part such as a video is outvoted, not outvoting.
     const int winnerDelta = ranked.front().delta;
     const std::vector<bool> structured = ScrollOverlap::texturedBlocks(
         next, std::max(regionTop - winnerDelta, regionTop), std::min(regionBottom, regionBottom - winnerDelta), texture,
@@ -276,7 +276,7 @@ ScrollStitcher::Arbitration ScrollStitcher::arbitrate(const std::vector<ScrollCa
         ++movedStructure;
         explained += winner[b] <= jointTau;
     }
-    if (3 * explained < movedStructure) return {};
+    if (2 * explained < movedStructure) return {};
 
     const ScrollCandidate best = ranked.front();
     const double margin = std::max(best.mad * 0.5, 1.0);

@@ -46,7 +46,8 @@ TEST(ScrollCanvas, LocateFindsABandOfADocument) {
     canvas.push(page, {0, 400});
     const ScrollPatch frame = viewport(page, 120, 100);
     EXPECT_EQ(canvas.locate({20, 40}, frame, 18.0, 4.0), 140);
-    EXPECT_FALSE(canvas.locate({22, 40}, frame, 1.0, 4.0)) << "off the canvas grid no position is within the gate";
+    EXPECT_EQ(canvas.locate({22, 40}, frame, 1.0, 4.0), 142) << "off the canvas grid, from the band's third row on";
+    EXPECT_EQ(canvas.locate({23, 40}, frame, 1.0, 4.0), 143);
     EXPECT_FALSE(canvas.locate({0, 40}, flatPatch(16, 100, 9), 18.0, 4.0)) << "narrower than the canvas";
     ScrollCanvas small(32, 4);
     small.push(page, {0, 40});

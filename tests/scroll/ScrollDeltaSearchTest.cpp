@@ -135,7 +135,7 @@ TEST(ScrollDeltaSearch, ArbitrateDecidesAClearWinnerAndIgnoresShiftZero) {
         << "a wrong shift explains no block";
 }
 
-TEST(ScrollDeltaSearch, ArbitrateWantsTheWinnerToExplainAThirdOfTheStructure) {
+TEST(ScrollDeltaSearch, ArbitrateWantsTheWinnerToExplainHalfOfTheStructure) {
     const ScrollStitcher stitcher = newStitcher();
     auto verdict = [&](const FramePair& pair, int delta) {
         return stitcher.arbitrate({{delta, 0.0}}, pair.next, pair.prev, pair.next.rowTexture(), 0, 300);
@@ -152,7 +152,7 @@ TEST(ScrollDeltaSearch, ArbitrateWantsTheWinnerToExplainAThirdOfTheStructure) {
     EXPECT_EQ(verdict(margins, 30), (ScrollStitcher::Arbitration{Kind::decided, 30, false}));
 
     // A video over the left columns changes in place: the true shift still
-    // wins while it explains a third of the blocks.
+    // wins while it explains half of the blocks.
     auto withVideo = [](int columns) {
         FramePair pair(noisePage(96, 600, 9), 100, 130, 300);
         const ScrollPatch video = noisePage(96, 300, 10);
@@ -160,8 +160,8 @@ TEST(ScrollDeltaSearch, ArbitrateWantsTheWinnerToExplainAThirdOfTheStructure) {
             for (int x = 0; x < columns; ++x) pair.next.pixels[std::size_t(y) * 96 + x] = video.at(x, y);
         return pair;
     };
-    EXPECT_EQ(verdict(withVideo(64), 30), (ScrollStitcher::Arbitration{Kind::decided, 30, false})) << "4 of 12 blocks";
-    EXPECT_EQ(verdict(withVideo(72), 30).kind, Kind::undecided) << "3 of 12 blocks";
+    EXPECT_EQ(verdict(withVideo(48), 30), (ScrollStitcher::Arbitration{Kind::decided, 30, false})) << "6 of 12 blocks";
+    EXPECT_EQ(verdict(withVideo(56), 30).kind, Kind::undecided) << "5 of 12 blocks";
 }
 
 TEST(ScrollDeltaSearch, EqualRivalsOfARepeatedLineFollowTheLastMovementNeverDecisively) {
