@@ -88,6 +88,34 @@ void insertionSort(std::vector<T>& items, Before before) {
 
 bool sameSign(int delta, int reference) { return (delta >= 0) == (reference >= 0); }
 
+// Arbitration works on 12 column blocks; a block is explained by a shift
+// whose mean difference there is within `jointTau`.
+constexpr int arbitrationBlocks = 12;
+constexpr double jointTau = 6.0;
+
+std::vector<bool> fixedArbitrationBlocks(const ScrollPatch& next, const ScrollPatch& prev, int regionTop, int regionBottom) {
+    return ScrollOverlap::fixedBlocks(next, prev, regionTop, regionBottom, arbitrationBlocks, 2.0, 1.0);
+}
+
+// Blocks that no hypothesis explains are left out of the joint scores, so a
+// wrong shift could win on blank margins or on the edges of section
+// backgrounds alone. A shift proves itself when it explains at least half of
+// the blocks that hold structure in the rows it compared and did not stay
+// fixed: a moving part such as a video is outvoted, not outvoting.
+bool explainsHalfTheStructure(const ScrollPatch& next, const std::vector<float>& texture, int delta, int regionTop,
+                              int regionBottom, const std::vector<double>& profile, const std::vector<bool>& fixed) {
+    const std::vector<bool> structured = ScrollOverlap::texturedBlocks(
+        next, std::max(regionTop - delta, regionTop), std::min(regionBottom, regionBottom - delta), texture,
+        rowTextureGate, arbitrationBlocks, 1.0);
+    int moved = 0, explained = 0;
+    for (std::size_t b = 0; b < structured.size() && b < profile.size(); ++b) {
+        if (!structured[b] || (b < fixed.size() && fixed[b])) continue;
+        ++moved;
+        explained += profile[b] <= jointTau;
+    }
+    return 2 * explained >= moved;
+}
+
 struct Combined {
     int delta = 0;
     double combined = 0; // a sum of two band scores
@@ -220,6 +248,16 @@ std::optional<int> ScrollStitcher::findDelta(const ScrollPatch& prev, const Scro
     }
 
     std::vector<Combined> list = confirmed.empty() ? plain : confirmed;
+    if (!list.empty()) {
+        // The lists stand in for an arbitration without an answer; a shift
+        // the blocks refute stays out of them as well.
+        const std::vector<bool> fixed = fixedArbitrationBlocks(next, prev, regionTop, regionBottom);
+        std::erase_if(list, [&](const Combined& c) {
+            const auto profile = ScrollOverlap::blockProfile(next, prev, c.delta, regionTop, regionBottom, texture,
+                                                             rowTextureGate, arbitrationBlocks);
+            return profile && !explainsHalfTheStructure(next, texture, c.delta, regionTop, regionBottom, *profile, fixed);
+        });
+    }
     insertionSort(list, [&](const Combined& a, const Combined& b) {
         if (std::fabs(a.combined - b.combined) > 0.5) return a.combined < b.combined;
         const int da = std::abs(a.delta - lastDelta), db = std::abs(b.delta - lastDelta);
@@ -242,41 +280,26 @@ ScrollStitcher::Arbitration ScrollStitcher::arbitrate(const std::vector<ScrollCa
                                                       const ScrollPatch& next, const ScrollPatch& prev,
                                                       const std::vector<float>& texture, int regionTop,
                                                       int regionBottom) const {
-    constexpr int blocks = 12;
-    constexpr double jointTau = 6.0;
     std::vector<int> deltas;
     std::vector<std::vector<double>> profiles;
     for (const ScrollCandidate& c : candidates) {
         if (c.mad > matchThreshold || c.delta == 0) continue;
-        auto profile = ScrollOverlap::blockProfile(next, prev, c.delta, regionTop, regionBottom, texture, rowTextureGate, blocks);
+        auto profile = ScrollOverlap::blockProfile(next, prev, c.delta, regionTop, regionBottom, texture, rowTextureGate,
+                                                   arbitrationBlocks);
         if (!profile) continue;
         deltas.push_back(c.delta);
         profiles.push_back(std::move(*profile));
     }
-    const std::vector<bool> fixed = ScrollOverlap::fixedBlocks(next, prev, regionTop, regionBottom, blocks, 2.0, 1.0);
+    const std::vector<bool> fixed = fixedArbitrationBlocks(next, prev, regionTop, regionBottom);
     const std::vector<double> scores = ScrollOverlap::jointScores(profiles, jointTau, fixed);
     std::vector<ScrollCandidate> ranked;
     for (std::size_t i = 0; i < scores.size(); ++i) ranked.push_back({deltas[i], scores[i]});
     std::stable_sort(ranked.begin(), ranked.end(),
                      [](const ScrollCandidate& a, const ScrollCandidate& b) { return a.mad < b.mad; });
     if (ranked.empty() || ranked.front().mad > matchThreshold * 0.5) return {};
-    // Blocks that no hypothesis explains are left out of the scores, so a
-    // lone wrong hypothesis could win on blank margins or on the edges of
-    // section backgrounds alone. The winner must explain at least half of the
-    // blocks that hold structure in the rows it compared and did not stay
-    // fixed: a moving part such as a video is outvoted, not outvoting.
-    const int winnerDelta = ranked.front().delta;
-    const std::vector<bool> structured = ScrollOverlap::texturedBlocks(
-        next, std::max(regionTop - winnerDelta, regionTop), std::min(regionBottom, regionBottom - winnerDelta), texture,
-        rowTextureGate, blocks, 1.0);
-    const std::vector<double>& winner = profiles[std::find(deltas.begin(), deltas.end(), winnerDelta) - deltas.begin()];
-    int movedStructure = 0, explained = 0;
-    for (std::size_t b = 0; b < structured.size() && b < winner.size(); ++b) {
-        if (!structured[b] || (b < fixed.size() && fixed[b])) continue;
-        ++movedStructure;
-        explained += winner[b] <= jointTau;
-    }
-    if (2 * explained < movedStructure) return {};
+    const int winner = ranked.front().delta;
+    const auto winnerProfile = std::find(deltas.begin(), deltas.end(), winner) - deltas.begin();
+    if (!explainsHalfTheStructure(next, texture, winner, regionTop, regionBottom, profiles[winnerProfile], fixed)) return {};
 
     const ScrollCandidate best = ranked.front();
     const double margin = std::max(best.mad * 0.5, 1.0);

@@ -200,10 +200,25 @@ TEST(ScrollCorpus, ScrollingBackAddsNothingAndAJumpBackIsFoundAgain) {
     EXPECT_EQ(jump.recoveredRight, 1);
 }
 
+// Dark sections repeat the edges of their backgrounds and hold faint text,
+// which once let a wrong shift pass on the edges alone.
+TEST(ScrollCorpus, DarkPagesScrolledBackAndJumpedBackStayExact) {
+    IsolatedEnvironment environment;
+    expectExactDocument(writtenAndStitched({"dark", {1600, 1000}, 24, 3, Motion::backAndForth}, environment.root()),
+                        "dark back and forth");
+    const SequenceResult jump = writtenAndStitched({"dark", {1600, 1000}, 24, 3, Motion::jumpBack}, environment.root());
+    expectExactDocument(jump, "dark jump back");
+    EXPECT_EQ(jump.recoveredRight, jump.lostEpisodes);
+}
+
 TEST(ScrollCorpus, ASidewaysSequenceIsDetectedAndStitchedSideways) {
     IsolatedEnvironment environment;
     const SequenceResult r =
         writtenAndStitched({"horizontal", {800, 600}, 12, 7, Motion::backAndForth}, environment.root(), true);
     EXPECT_EQ(r.axis, ScrollAxis::horizontal);
     expectExactDocument(r, "sideways");
+    // Newspaper columns moved sideways once lined up by a wrong vertical shift.
+    const SequenceResult mixed = writtenAndStitched({"horizontal", {800, 600}, 24, 3}, environment.root(), true);
+    EXPECT_EQ(mixed.axis, ScrollAxis::horizontal);
+    expectExactDocument(mixed, "sideways, mixed steps");
 }
