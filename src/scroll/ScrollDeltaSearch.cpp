@@ -297,11 +297,11 @@ ScrollStitcher::Arbitration ScrollStitcher::arbitrate(const std::vector<ScrollCa
     std::stable_sort(ranked.begin(), ranked.end(),
                      [](const ScrollCandidate& a, const ScrollCandidate& b) { return a.mad < b.mad; });
     if (ranked.empty() || ranked.front().mad > matchThreshold * 0.5) return {};
-    const int winner = ranked.front().delta;
-    const auto winnerProfile = std::find(deltas.begin(), deltas.end(), winner) - deltas.begin();
-    if (!explainsHalfTheStructure(next, texture, winner, regionTop, regionBottom, profiles[winnerProfile], fixed)) return {};
-
     const ScrollCandidate best = ranked.front();
+    const auto bestProfile = std::find(deltas.begin(), deltas.end(), best.delta) - deltas.begin();
+    if (!explainsHalfTheStructure(next, texture, best.delta, regionTop, regionBottom, profiles[bestProfile], fixed))
+        return {};
+
     const double margin = std::max(best.mad * 0.5, 1.0);
     const auto rival = std::find_if(ranked.begin(), ranked.end(),
                                     [&](const ScrollCandidate& c) { return std::abs(c.delta - best.delta) > 4; });
