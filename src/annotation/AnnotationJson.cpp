@@ -517,4 +517,28 @@ Expected<std::vector<AnnotationElement>> decodeElements(std::string_view text) {
     });
 }
 
+ElementsReading decodeElementsLeniently(std::string_view text) {
+    ElementsReading reading;
+    Expected<Json> json = parse(text);
+    if (!json) {
+        reading.failure = json.error().message;
+        return reading;
+    }
+    if (!json->is_array()) {
+        reading.failure = std::string("expected an array of elements, found ") + json->type_name();
+        return reading;
+    }
+    const Location root;
+    for (std::size_t i = 0; i < json->size(); ++i) {
+        Expected<AnnotationElement> element =
+            catchingFaults<AnnotationElement>([&] { return readElement((*json)[i], root.index(i)); });
+        if (element) {
+            reading.elements.push_back(std::move(*element));
+        } else {
+            reading.rejected.push_back({i, element.error().message});
+        }
+    }
+    return reading;
+}
+
 } // namespace tosvar::AnnotationJson

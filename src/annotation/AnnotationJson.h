@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -33,5 +34,19 @@ Expected<std::string> encodeElement(const AnnotationElement& element);
 Expected<std::string> encodeElements(std::span<const AnnotationElement> elements);
 Expected<AnnotationElement> decodeElement(std::string_view text);
 Expected<std::vector<AnnotationElement>> decodeElements(std::string_view text);
+
+// A list read element by element: every element that reads, and for each
+// that does not, its index and why. `failure` says why nothing could be read
+// at all (text that is not JSON, or not an array).
+struct ElementsReading {
+    struct Rejected {
+        std::size_t index = 0;
+        std::string reason;
+    };
+    std::vector<AnnotationElement> elements;
+    std::vector<Rejected> rejected;
+    std::optional<std::string> failure;
+};
+ElementsReading decodeElementsLeniently(std::string_view text);
 
 } // namespace tosvar::AnnotationJson

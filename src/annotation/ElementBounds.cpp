@@ -1,6 +1,6 @@
 #include "ElementBounds.h"
 
-#include "ElementDrawing.h"
+#include "ElementDrawingMetrics.h"
 #include "LeaderSupport.h"
 #include "SegmentCurve.h"
 

@@ -25,7 +25,8 @@ AtomicFile::~AtomicFile() {
 
 std::optional<Error> AtomicFile::open() {
     std::error_code ec;
-    std::filesystem::create_directories(target_.parent_path(), ec);
+    // A bare file name lives in the working folder, which exists.
+    if (!target_.parent_path().empty()) std::filesystem::create_directories(target_.parent_path(), ec);
     if (ec) return Error{"cannot create folder " + target_.parent_path().string() + ": " + ec.message()};
     std::string pattern = (target_.parent_path() / ("." + target_.filename().string() + ".XXXXXX")).string();
     fd_ = ::mkstemp(pattern.data());

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <vector>
 
 namespace tosvar {
@@ -22,7 +23,150 @@ std::vector<int> blockEdges(int size, double block) {
     return edges;
 }
 
+std::uint8_t toByte(float value) { return static_cast<std::uint8_t>(std::clamp(value + 0.5f, 0.0f, 255.0f)); }
+
+// The image reduced by `factor`: each reduced pixel the mean of the block it
+// covers (edge blocks of what exists), four floats per pixel.
+std::vector<float> reduce(const ImageBuffer& image, int factor, int width, int height, const ParallelRunner& run) {
+    std::vector<float> plane(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
+    run(height, [&](int begin, int end) {
+        std::vector<std::uint32_t> sums(static_cast<std::size_t>(width) * 4);
+        for (int ry = begin; ry < end; ++ry) {
+            std::fill(sums.begin(), sums.end(), 0u);
+            const int y0 = ry * factor, y1 = std::min(y0 + factor, image.height());
+            for (int y = y0; y < y1; ++y) {
+                const std::uint8_t* row = image.row(y);
+                for (int rx = 0; rx < width; ++rx) {
+                    const int x0 = rx * factor, x1 = std::min(x0 + factor, image.width());
+                    std::uint32_t* s = sums.data() + 4 * rx;
+                    for (int x = x0; x < x1; ++x) {
+                        const std::uint8_t* p = row + 4 * x;
+                        s[0] += p[0];
+                        s[1] += p[1];
+                        s[2] += p[2];
+                        s[3] += p[3];
+                    }
+                }
+            }
+            float* out = plane.data() + static_cast<std::size_t>(ry) * static_cast<std::size_t>(width) * 4;
+            for (int rx = 0; rx < width; ++rx) {
+                const int count = (std::min((rx + 1) * factor, image.width()) - rx * factor) * (y1 - y0);
+                const float scale = 1.0f / static_cast<float>(count);
+                for (int c = 0; c < 4; ++c) out[4 * rx + c] = static_cast<float>(sums[4 * static_cast<std::size_t>(rx) + c]) * scale;
+            }
+        }
+    });
+    return plane;
+}
+
+// Where a full-size pixel centre falls between two reduced pixel centres.
+struct Tap {
+    int low, high;
+    float weight; // of `high`
+};
+
+std::vector<Tap> taps(int size, int reducedSize, int factor) {
+    std::vector<Tap> out(static_cast<std::size_t>(size));
+    for (int i = 0; i < size; ++i) {
+        const double u = std::clamp((i + 0.5) / factor - 0.5, 0.0, static_cast<double>(reducedSize - 1));
+        const int low = static_cast<int>(std::floor(u));
+        out[static_cast<std::size_t>(i)] = {low, std::min(low + 1, reducedSize - 1), static_cast<float>(u - low)};
+    }
+    return out;
+}
+
 } // namespace
+
+namespace PixelKernels {
+
+ImageBuffer pixelate(const ImageBuffer& image, double blockSize, const ParallelRunner& run) {
+    const double block = std::max(blockSize, 1.0);
+    const std::vector<int> xs = blockEdges(image.width(), block);
+    const std::vector<int> ys = blockEdges(image.height(), block);
+    MutableImage out(image.width(), image.height(), image.order(), PixelMemoryFill::uninitialized);
+    const int blockRows = static_cast<int>(ys.size()) - 1;
+    const std::size_t blockColumns = xs.size() - 1;
+    run(blockRows, [&](int begin, int end) {
+        std::vector<std::uint64_t> sums(4 * blockColumns);
+        std::vector<std::uint32_t> colours(blockColumns);
+        for (int by = begin; by < end; ++by) {
+            std::fill(sums.begin(), sums.end(), 0);
+            for (int y = ys[by]; y < ys[by + 1]; ++y) {
+                const std::uint8_t* row = image.row(y);
+                for (std::size_t bx = 0; bx < blockColumns; ++bx) {
+                    // A block row of at most 2^24 pixels cannot overflow 32 bits per channel.
+                    std::uint32_t s0 = 0, s1 = 0, s2 = 0, s3 = 0;
+                    for (int x = xs[bx]; x < xs[bx + 1]; ++x) {
+                        const std::uint8_t* p = row + 4 * x;
+                        s0 += p[0];
+                        s1 += p[1];
+                        s2 += p[2];
+                        s3 += p[3];
+                    }
+                    std::uint64_t* s = sums.data() + 4 * bx;
+                    s[0] += s0;
+                    s[1] += s1;
+                    s[2] += s2;
+                    s[3] += s3;
+                }
+            }
+            for (std::size_t bx = 0; bx < blockColumns; ++bx) {
+                const std::uint64_t count =
+                    static_cast<std::uint64_t>(xs[bx + 1] - xs[bx]) * static_cast<std::uint64_t>(ys[by + 1] - ys[by]);
+                std::uint8_t colour[4];
+                for (int c = 0; c < 4; ++c) colour[c] = static_cast<std::uint8_t>((sums[4 * bx + c] + count / 2) / count);
+                std::memcpy(&colours[bx], colour, 4);
+            }
+            for (int y = ys[by]; y < ys[by + 1]; ++y) {
+                auto* row = reinterpret_cast<std::uint32_t*>(out.row(y));
+                for (std::size_t bx = 0; bx < blockColumns; ++bx) std::fill(row + xs[bx], row + xs[bx + 1], colours[bx]);
+            }
+        }
+    });
+    return std::move(out).freeze();
+}
+
+int reductionFactor(double sigma) {
+    if (sigma < 3) return 1;
+    int factor = 1;
+    while (factor < 16 && sigma / (factor * 2) >= 1.5) factor *= 2;
+    return factor;
+}
+
+ImageBuffer blur(const ImageBuffer& image, double sigma, const ParallelRunner& run) {
+    const int width = image.width(), height = image.height();
+    const int factor = reductionFactor(sigma);
+    const int reducedWidth = (width + factor - 1) / factor, reducedHeight = (height + factor - 1) / factor;
+    std::vector<float> plane = reduce(image, factor, reducedWidth, reducedHeight, run);
+    // Reduction by block means and bilinear enlargement each add their own spread.
+    const double added = factor == 1 ? 0 : (factor * factor - 1) / 12.0 + factor * factor / 6.0;
+    const double remaining = std::sqrt(std::max(sigma * sigma - added, 0.0)) / factor;
+    GaussianBlur::blur(plane, reducedWidth, reducedHeight, 4, remaining, GaussianBlur::Edges::extended, run);
+
+    MutableImage out(width, height, image.order(), PixelMemoryFill::uninitialized);
+    const std::vector<Tap> columns = taps(width, reducedWidth, factor);
+    const std::vector<Tap> rows = taps(height, reducedHeight, factor);
+    const std::size_t reducedStride = static_cast<std::size_t>(reducedWidth) * 4;
+    run(height, [&](int begin, int end) {
+        std::vector<float> line(reducedStride);
+        for (int y = begin; y < end; ++y) {
+            const Tap& t = rows[static_cast<std::size_t>(y)];
+            const float* a = plane.data() + reducedStride * static_cast<std::size_t>(t.low);
+            const float* b = plane.data() + reducedStride * static_cast<std::size_t>(t.high);
+            for (std::size_t i = 0; i < reducedStride; ++i) line[i] = a[i] + (b[i] - a[i]) * t.weight;
+            std::uint8_t* row = out.row(y);
+            for (int x = 0; x < width; ++x) {
+                const Tap& s = columns[static_cast<std::size_t>(x)];
+                const float* l = line.data() + 4 * s.low;
+                const float* h = line.data() + 4 * s.high;
+                for (int c = 0; c < 4; ++c) row[4 * x + c] = toByte(l[c] + (h[c] - l[c]) * s.weight);
+            }
+        }
+    });
+    return std::move(out).freeze();
+}
+
+} // namespace PixelKernels
 
 void MosaicEngine::store(std::map<double, ImageBuffer>& cache, double key, const ImageBuffer& image) {
     if (cache.size() > maxCachedBeforeReset) cache.clear();
@@ -33,30 +177,7 @@ std::optional<ImageBuffer> MosaicEngine::pixelated(double blockSize) {
     const double block = std::max(blockSize, 1.0);
     if (auto found = pixelCache_.find(block); found != pixelCache_.end()) return found->second;
     if (base_.isEmpty()) return std::nullopt;
-
-    const std::vector<int> xs = blockEdges(base_.width(), block);
-    const std::vector<int> ys = blockEdges(base_.height(), block);
-    MutableImage out(base_.width(), base_.height());
-    std::vector<std::uint64_t> sums(4 * (xs.size() - 1));
-    for (std::size_t by = 0; by + 1 < ys.size(); ++by) {
-        std::fill(sums.begin(), sums.end(), 0);
-        for (int y = ys[by]; y < ys[by + 1]; ++y) {
-            const std::uint8_t* row = base_.row(y);
-            for (std::size_t bx = 0; bx + 1 < xs.size(); ++bx)
-                for (int x = xs[bx]; x < xs[bx + 1]; ++x)
-                    for (int c = 0; c < 4; ++c) sums[4 * bx + c] += row[4 * x + c];
-        }
-        for (std::size_t bx = 0; bx + 1 < xs.size(); ++bx) {
-            const std::uint64_t count = static_cast<std::uint64_t>(xs[bx + 1] - xs[bx]) * static_cast<std::uint64_t>(ys[by + 1] - ys[by]);
-            std::uint8_t colour[4];
-            for (int c = 0; c < 4; ++c) colour[c] = static_cast<std::uint8_t>((sums[4 * bx + c] + count / 2) / count);
-            for (int y = ys[by]; y < ys[by + 1]; ++y) {
-                std::uint8_t* row = out.row(y);
-                for (int x = xs[bx]; x < xs[bx + 1]; ++x) std::copy(colour, colour + 4, row + 4 * x);
-            }
-        }
-    }
-    ImageBuffer image = std::move(out).freeze();
+    ImageBuffer image = PixelKernels::pixelate(base_, block, run_);
     store(pixelCache_, block, image);
     return image;
 }
@@ -65,21 +186,7 @@ std::optional<ImageBuffer> MosaicEngine::blurred(double radius) {
     const double r = std::max(radius, 0.0);
     if (auto found = blurCache_.find(r); found != blurCache_.end()) return found->second;
     if (base_.isEmpty()) return std::nullopt;
-
-    const int width = base_.width(), height = base_.height();
-    std::vector<float> plane(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
-    for (int y = 0; y < height; ++y) {
-        const std::uint8_t* row = base_.row(y);
-        std::copy(row, row + 4 * width, plane.begin() + static_cast<std::ptrdiff_t>(4 * static_cast<std::size_t>(width) * static_cast<std::size_t>(y)));
-    }
-    GaussianBlur::blur(plane, width, height, 4, r, GaussianBlur::Edges::extended);
-    MutableImage out(width, height);
-    for (int y = 0; y < height; ++y) {
-        std::uint8_t* row = out.row(y);
-        const float* source = plane.data() + 4 * static_cast<std::size_t>(width) * static_cast<std::size_t>(y);
-        for (int i = 0; i < 4 * width; ++i) row[i] = static_cast<std::uint8_t>(std::clamp(source[i] + 0.5f, 0.0f, 255.0f));
-    }
-    ImageBuffer image = std::move(out).freeze();
+    ImageBuffer image = PixelKernels::blur(base_, r, run_);
     store(blurCache_, r, image);
     return image;
 }

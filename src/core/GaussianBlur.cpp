@@ -10,11 +10,11 @@ namespace {
 // One box pass along every row, all `Channels` of a pixel together: a
 // running sum per channel over a row padded by `radius` pixels each side.
 template <int Channels>
-void boxRows(std::vector<float>& plane, int width, int height, int radius, Edges edges, std::vector<float>& line) {
+void boxRows(std::vector<float>& plane, int width, int firstRow, int endRow, int radius, Edges edges) {
     const std::size_t rowStride = static_cast<std::size_t>(width) * Channels;
-    line.resize(rowStride + 2 * static_cast<std::size_t>(radius) * Channels);
+    std::vector<float> line(rowStride + 2 * static_cast<std::size_t>(radius) * Channels);
     const float scale = 1.0f / static_cast<float>(2 * radius + 1);
-    for (int y = 0; y < height; ++y) {
+    for (int y = firstRow; y < endRow; ++y) {
         float* row = plane.data() + rowStride * static_cast<std::size_t>(y);
         for (int i = 0; i < radius; ++i)
             for (int c = 0; c < Channels; ++c) {
@@ -39,30 +39,32 @@ void boxRows(std::vector<float>& plane, int width, int height, int radius, Edges
     }
 }
 
-// One box pass down every column at once, from `source` into `target`: a
-// running sum of whole rows, so the inner loops walk memory in order and
-// vectorise.
+// One box pass down the columns [first, end) of the row (counted in floats),
+// from `source` into `target`: a running sum of partial rows, so the inner
+// loops walk memory in order and vectorise.
 void boxColumns(const std::vector<float>& source, std::vector<float>& target, std::size_t rowStride, int height,
-                int radius, Edges edges, std::vector<float>& sums, const std::vector<float>& zeros) {
-    sums.assign(rowStride, 0.0f);
+                int radius, Edges edges, std::size_t first, std::size_t end) {
+    const std::size_t span = end - first;
+    std::vector<float> sums(span, 0.0f);
+    const std::vector<float> zeros(edges == Edges::transparent ? span : 0, 0.0f);
     auto row = [&](int y) -> const float* {
         if (y < 0 || y >= height) {
             if (edges == Edges::transparent) return zeros.data();
             y = std::clamp(y, 0, height - 1);
         }
-        return source.data() + rowStride * static_cast<std::size_t>(y);
+        return source.data() + rowStride * static_cast<std::size_t>(y) + first;
     };
     for (int y = -radius; y <= radius; ++y) {
         const float* r = row(y);
-        for (std::size_t i = 0; i < rowStride; ++i) sums[i] += r[i];
+        for (std::size_t i = 0; i < span; ++i) sums[i] += r[i];
     }
     const float scale = 1.0f / static_cast<float>(2 * radius + 1);
     for (int y = 0; y < height; ++y) {
-        float* out = target.data() + rowStride * static_cast<std::size_t>(y);
-        for (std::size_t i = 0; i < rowStride; ++i) out[i] = sums[i] * scale;
+        float* out = target.data() + rowStride * static_cast<std::size_t>(y) + first;
+        for (std::size_t i = 0; i < span; ++i) out[i] = sums[i] * scale;
         const float* entering = row(y + radius + 1);
         const float* leaving = row(y - radius);
-        for (std::size_t i = 0; i < rowStride; ++i) sums[i] += entering[i] - leaving[i];
+        for (std::size_t i = 0; i < span; ++i) sums[i] += entering[i] - leaving[i];
     }
 }
 
@@ -81,21 +83,29 @@ std::vector<int> boxSizes(double sigma) {
     return sizes;
 }
 
-void blur(std::vector<float>& plane, int width, int height, int channels, double sigma, Edges edges) {
+void blur(std::vector<float>& plane, int width, int height, int channels, double sigma, Edges edges,
+          const ParallelRunner& run) {
     if (sigma <= 0 || width <= 0 || height <= 0) return;
     if (channels != 1 && channels != 4) return;
-    std::vector<float> line, sums, scratch(plane.size());
-    const std::vector<float> zeros(edges == Edges::transparent ? static_cast<std::size_t>(width) * static_cast<std::size_t>(channels) : 0, 0.0f);
+    std::vector<float> scratch(plane.size());
     const std::size_t rowStride = static_cast<std::size_t>(width) * static_cast<std::size_t>(channels);
+    // Columns go in runs of 64 floats, so parts never share a cache line.
+    constexpr std::size_t columnRun = 64;
+    const int columnRuns = static_cast<int>((rowStride + columnRun - 1) / columnRun);
     for (int size : boxSizes(sigma)) {
         const int radius = (size - 1) / 2;
         if (radius == 0) continue;
-        if (channels == 1) {
-            boxRows<1>(plane, width, height, radius, edges, line);
-        } else {
-            boxRows<4>(plane, width, height, radius, edges, line);
-        }
-        boxColumns(plane, scratch, rowStride, height, radius, edges, sums, zeros);
+        run(height, [&](int begin, int end) {
+            if (channels == 1) {
+                boxRows<1>(plane, width, begin, end, radius, edges);
+            } else {
+                boxRows<4>(plane, width, begin, end, radius, edges);
+            }
+        });
+        run(columnRuns, [&](int begin, int end) {
+            boxColumns(plane, scratch, rowStride, height, radius, edges, static_cast<std::size_t>(begin) * columnRun,
+                       std::min(rowStride, static_cast<std::size_t>(end) * columnRun));
+        });
         plane.swap(scratch);
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ParallelRunner.h"
+
 #include <cstddef>
 #include <vector>
 
@@ -19,8 +21,9 @@ enum class Edges {
 std::vector<int> boxSizes(double sigma);
 
 // Blurs 1 or 4 interleaved channels of `width` x `height` in place; other
-// channel counts are left as they are.
-void blur(std::vector<float>& plane, int width, int height, int channels, double sigma, Edges edges);
+// channel counts are left as they are. Rows and columns are split over `run`.
+void blur(std::vector<float>& plane, int width, int height, int channels, double sigma, Edges edges,
+          const ParallelRunner& run = runSerially);
 
 } // namespace GaussianBlur
 

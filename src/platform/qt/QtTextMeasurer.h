@@ -3,6 +3,7 @@
 #include "Expected.h"
 #include "TextMeasuring.h"
 
+#include <QPainterPath>
 #include <QRawFont>
 
 #include <string>
@@ -19,11 +20,18 @@ class QtTextMeasurer final : public TextMeasuring {
 public:
     // Liberation Sans, whose advances match Helvetica's, from Debian's fonts-liberation2.
     static constexpr const char* defaultFontFile = "/usr/share/fonts/truetype/liberation2/LiberationSans-Regular.ttf";
+    // Its bold face, standing for Helvetica-Bold.
+    static constexpr const char* boldFontFile = "/usr/share/fonts/truetype/liberation2/LiberationSans-Bold.ttf";
 
     static Expected<QtTextMeasurer> load(const std::string& fontFile = defaultFontFile);
+    // A measurer without a face: every size measures 0 and nothing is outlined.
+    static QtTextMeasurer empty() { return QtTextMeasurer(QRawFont()); }
 
     FontLineMetrics metrics(double fontSize) const override;
     double lineWidth(std::string_view line, double fontSize) const override;
+    // The glyph outlines of one line at `fontSize`, the baseline's start at
+    // the origin, y down; laid out exactly as `lineWidth` measures it.
+    QPainterPath outline(std::string_view line, double fontSize) const;
 
 private:
     explicit QtTextMeasurer(QRawFont font) : font_(std::move(font)) {}
