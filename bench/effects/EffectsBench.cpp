@@ -2,6 +2,7 @@
 // and the blur and pixelation a region effect reveals.
 #include "DropShadowDecorator.h"
 #include "MosaicEngine.h"
+#include "ParallelFor.h"
 
 #include <benchmark/benchmark.h>
 
@@ -26,23 +27,34 @@ void BM_DropShadow(benchmark::State& state) {
 }
 BENCHMARK(BM_DropShadow)->Args({1280, 800, 1})->Args({2560, 1600, 2})->Unit(benchmark::kMillisecond);
 
+// Region effects at a 5K screenshot's size, on one thread (range 1 = 0) or
+// spread over the shared pool as the renderer does (range 1 = 1).
+ParallelRunner runner(bool pooled) {
+    if (!pooled) return runSerially;
+    return [](int count, const std::function<void(int, int)>& body) {
+        parallelFor(WorkerPool::shared(), count, static_cast<int>(WorkerPool::shared().threadCount()) * 4, body);
+    };
+}
+
 void BM_Blur(benchmark::State& state) {
-    const ImageBuffer image = screenLike(1920, 1080);
+    static const ImageBuffer image = screenLike(5120, 2880);
+    const ParallelRunner run = runner(state.range(1) != 0);
     for (auto _ : state) {
-        MosaicEngine engine(image); // no cache between runs
+        MosaicEngine engine(image, run); // no cache between runs
         benchmark::DoNotOptimize(engine.blurred(static_cast<double>(state.range(0))));
     }
 }
-BENCHMARK(BM_Blur)->Arg(4)->Arg(20)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Blur)->ArgNames({"sigma", "pooled"})->Args({12, 1})->Args({60, 1})->Args({12, 0})->Args({60, 0})->Unit(benchmark::kMillisecond);
 
 void BM_Pixelate(benchmark::State& state) {
-    const ImageBuffer image = screenLike(1920, 1080);
+    static const ImageBuffer image = screenLike(5120, 2880);
+    const ParallelRunner run = runner(state.range(1) != 0);
     for (auto _ : state) {
-        MosaicEngine engine(image);
-        benchmark::DoNotOptimize(engine.pixelated(12));
+        MosaicEngine engine(image, run);
+        benchmark::DoNotOptimize(engine.pixelated(static_cast<double>(state.range(0))));
     }
 }
-BENCHMARK(BM_Pixelate)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Pixelate)->ArgNames({"block", "pooled"})->Args({16, 1})->Args({16, 0})->Args({4, 1})->Unit(benchmark::kMillisecond);
 
 } // namespace
 

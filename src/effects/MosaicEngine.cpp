@@ -133,8 +133,10 @@ int reductionFactor(double sigma) {
     return factor;
 }
 
-ImageBuffer blur(const ImageBuffer& image, double sigma, const ParallelRunner& run) {
+ImageBuffer blur(const ImageBuffer& image, double requestedSigma, const ParallelRunner& run) {
     const int width = image.width(), height = image.height();
+    // Past the image's own size a wider blur changes nothing anyone could see.
+    const double sigma = std::min(requestedSigma, static_cast<double>(std::max(width, height)));
     const int factor = reductionFactor(sigma);
     const int reducedWidth = (width + factor - 1) / factor, reducedHeight = (height + factor - 1) / factor;
     std::vector<float> plane = reduce(image, factor, reducedWidth, reducedHeight, run);
@@ -147,20 +149,44 @@ ImageBuffer blur(const ImageBuffer& image, double sigma, const ParallelRunner& r
     const std::vector<Tap> columns = taps(width, reducedWidth, factor);
     const std::vector<Tap> rows = taps(height, reducedHeight, factor);
     const std::size_t reducedStride = static_cast<std::size_t>(reducedWidth) * 4;
+    const std::size_t fullStride = static_cast<std::size_t>(width) * 4;
     run(height, [&](int begin, int end) {
-        std::vector<float> line(reducedStride);
-        for (int y = begin; y < end; ++y) {
-            const Tap& t = rows[static_cast<std::size_t>(y)];
-            const float* a = plane.data() + reducedStride * static_cast<std::size_t>(t.low);
-            const float* b = plane.data() + reducedStride * static_cast<std::size_t>(t.high);
-            for (std::size_t i = 0; i < reducedStride; ++i) line[i] = a[i] + (b[i] - a[i]) * t.weight;
-            std::uint8_t* row = out.row(y);
+        // Reduced rows widened to full width, the two the current row lies
+        // between; each is widened once per part however many rows use it.
+        std::vector<float> low(fullStride), high(fullStride);
+        int lowRow = -1, highRow = -1;
+        auto widen = [&](int reducedRow, std::vector<float>& into) {
+            const float* source = plane.data() + reducedStride * static_cast<std::size_t>(reducedRow);
             for (int x = 0; x < width; ++x) {
                 const Tap& s = columns[static_cast<std::size_t>(x)];
-                const float* l = line.data() + 4 * s.low;
-                const float* h = line.data() + 4 * s.high;
-                for (int c = 0; c < 4; ++c) row[4 * x + c] = toByte(l[c] + (h[c] - l[c]) * s.weight);
+                const float* l = source + 4 * s.low;
+                const float* h = source + 4 * s.high;
+                float* o = into.data() + 4 * static_cast<std::size_t>(x);
+                for (int c = 0; c < 4; ++c) o[c] = l[c] + (h[c] - l[c]) * s.weight;
             }
+        };
+        for (int y = begin; y < end; ++y) {
+            const Tap& t = rows[static_cast<std::size_t>(y)];
+            if (t.low != lowRow) {
+                if (t.low == highRow) {
+                    low.swap(high);
+                    std::swap(lowRow, highRow);
+                } else {
+                    widen(t.low, low);
+                    lowRow = t.low;
+                }
+            }
+            if (t.high != highRow) {
+                widen(t.high, high);
+                highRow = t.high;
+            }
+            // Locals, so the byte stores cannot alias the bounds and the loop vectorises.
+            std::uint8_t* row = out.row(y);
+            const float* a = low.data();
+            const float* b = high.data();
+            const float weight = t.weight;
+            const std::size_t count = fullStride;
+            for (std::size_t i = 0; i < count; ++i) row[i] = toByte(a[i] + (b[i] - a[i]) * weight);
         }
     });
     return std::move(out).freeze();
