@@ -79,24 +79,44 @@ std::vector<Tap> taps(int size, int reducedSize, int factor) {
 
 namespace PixelKernels {
 
-ImageBuffer pixelate(const ImageBuffer& image, double blockSize, const ParallelRunner& run) {
+ImageBuffer pixelate(const ImageBuffer& image, double blockSize, const ParallelRunner& run, std::optional<PixelRect> requested) {
     const double block = std::max(blockSize, 1.0);
-    const std::vector<int> xs = blockEdges(image.width(), block);
-    const std::vector<int> ys = blockEdges(image.height(), block);
-    MutableImage out(image.width(), image.height(), image.order(), PixelMemoryFill::uninitialized);
+    const PixelRect area = requested ? requested->intersection(image.bounds()) : image.bounds();
+    const std::vector<int> allXs = blockEdges(image.width(), block);
+    const std::vector<int> allYs = blockEdges(image.height(), block);
+    // The edges of the blocks that meet the area, cut to it.
+    auto within = [](const std::vector<int>& edges, int low, int high) {
+        std::vector<int> out{low};
+        for (int edge : edges)
+            if (edge > low && edge < high) out.push_back(edge);
+        out.push_back(high);
+        return out;
+    };
+    // A block's mean is taken over the whole block, not just the area's part.
+    auto blockOf = [](const std::vector<int>& edges, int at) {
+        const auto next = std::upper_bound(edges.begin(), edges.end(), at);
+        return std::pair{*(next - 1), *next};
+    };
+    const std::vector<int> xs = within(allXs, area.x, area.maxX());
+    const std::vector<int> ys = within(allYs, area.y, area.maxY());
+    MutableImage out(std::max(area.width, 1), std::max(area.height, 1), image.order(), PixelMemoryFill::uninitialized);
+    if (area.width <= 0 || area.height <= 0) return std::move(out).freeze();
     const int blockRows = static_cast<int>(ys.size()) - 1;
     const std::size_t blockColumns = xs.size() - 1;
     run(blockRows, [&](int begin, int end) {
         std::vector<std::uint64_t> sums(4 * blockColumns);
         std::vector<std::uint32_t> colours(blockColumns);
+        std::vector<std::pair<int, int>> columnBlocks(blockColumns);
+        for (std::size_t bx = 0; bx < blockColumns; ++bx) columnBlocks[bx] = blockOf(allXs, xs[bx]);
         for (int by = begin; by < end; ++by) {
             std::fill(sums.begin(), sums.end(), 0);
-            for (int y = ys[by]; y < ys[by + 1]; ++y) {
+            const auto [y0, y1] = blockOf(allYs, ys[by]);
+            for (int y = y0; y < y1; ++y) {
                 const std::uint8_t* row = image.row(y);
                 for (std::size_t bx = 0; bx < blockColumns; ++bx) {
                     // A block row of at most 2^24 pixels cannot overflow 32 bits per channel.
                     std::uint32_t s0 = 0, s1 = 0, s2 = 0, s3 = 0;
-                    for (int x = xs[bx]; x < xs[bx + 1]; ++x) {
+                    for (int x = columnBlocks[bx].first; x < columnBlocks[bx].second; ++x) {
                         const std::uint8_t* p = row + 4 * x;
                         s0 += p[0];
                         s1 += p[1];
@@ -111,15 +131,15 @@ ImageBuffer pixelate(const ImageBuffer& image, double blockSize, const ParallelR
                 }
             }
             for (std::size_t bx = 0; bx < blockColumns; ++bx) {
-                const std::uint64_t count =
-                    static_cast<std::uint64_t>(xs[bx + 1] - xs[bx]) * static_cast<std::uint64_t>(ys[by + 1] - ys[by]);
+                const std::uint64_t count = static_cast<std::uint64_t>(columnBlocks[bx].second - columnBlocks[bx].first) *
+                                            static_cast<std::uint64_t>(y1 - y0);
                 std::uint8_t colour[4];
                 for (int c = 0; c < 4; ++c) colour[c] = static_cast<std::uint8_t>((sums[4 * bx + c] + count / 2) / count);
                 std::memcpy(&colours[bx], colour, 4);
             }
             for (int y = ys[by]; y < ys[by + 1]; ++y) {
-                auto* row = reinterpret_cast<std::uint32_t*>(out.row(y));
-                for (std::size_t bx = 0; bx < blockColumns; ++bx) std::fill(row + xs[bx], row + xs[bx + 1], colours[bx]);
+                auto* row = reinterpret_cast<std::uint32_t*>(out.row(y - area.y));
+                for (std::size_t bx = 0; bx < blockColumns; ++bx) std::fill(row + xs[bx] - area.x, row + xs[bx + 1] - area.x, colours[bx]);
             }
         }
     });
@@ -192,6 +212,18 @@ ImageBuffer blur(const ImageBuffer& image, double requestedSigma, const Parallel
     return std::move(out).freeze();
 }
 
+ImageBuffer blurArea(const ImageBuffer& image, double sigma, const PixelRect& requested, const ParallelRunner& run) {
+    const PixelRect area = requested.intersection(image.bounds());
+    // The source starts on the reduction grid of the whole image, so the
+    // reduced pixels are the ones a whole-image blur would make.
+    const int factor = reductionFactor(std::min(sigma, static_cast<double>(std::max(image.width(), image.height()))));
+    const int margin = static_cast<int>(std::ceil(3 * std::max(sigma, 0.0))) + 2 * factor;
+    const int x0 = std::max(0, (area.x - margin) / factor * factor), y0 = std::max(0, (area.y - margin) / factor * factor);
+    const PixelRect source = PixelRect{x0, y0, area.maxX() + margin - x0, area.maxY() + margin - y0}.intersection(image.bounds());
+    const ImageBuffer blurred = blur(image.cropped(source), sigma, run);
+    return blurred.cropped({area.x - source.x, area.y - source.y, area.width, area.height});
+}
+
 } // namespace PixelKernels
 
 void MosaicEngine::store(std::map<double, ImageBuffer>& cache, double key, const ImageBuffer& image) {
@@ -206,6 +238,28 @@ std::optional<ImageBuffer> MosaicEngine::pixelated(double blockSize) {
     ImageBuffer image = PixelKernels::pixelate(base_, block, run_);
     store(pixelCache_, block, image);
     return image;
+}
+
+std::optional<EffectImage> MosaicEngine::pixelated(double blockSize, const PixelRect& area) {
+    const PixelRect within = area.intersection(base_.bounds());
+    if (within.width <= 0 || within.height <= 0) return std::nullopt;
+    if (extent_ == Extent::wholeCanvas) {
+        std::optional<ImageBuffer> whole = pixelated(blockSize);
+        if (!whole) return std::nullopt;
+        return EffectImage{std::move(*whole), base_.bounds()};
+    }
+    return EffectImage{PixelKernels::pixelate(base_, blockSize, run_, within), within};
+}
+
+std::optional<EffectImage> MosaicEngine::blurred(double radius, const PixelRect& area) {
+    const PixelRect within = area.intersection(base_.bounds());
+    if (within.width <= 0 || within.height <= 0) return std::nullopt;
+    if (extent_ == Extent::wholeCanvas) {
+        std::optional<ImageBuffer> whole = blurred(radius);
+        if (!whole) return std::nullopt;
+        return EffectImage{std::move(*whole), base_.bounds()};
+    }
+    return EffectImage{PixelKernels::blurArea(base_, std::max(radius, 0.0), within, run_), within};
 }
 
 std::optional<ImageBuffer> MosaicEngine::blurred(double radius) {

@@ -8,17 +8,28 @@
 
 namespace tosvar {
 
+// An effect bitmap and the part of the canvas it covers.
+struct EffectImage {
+    ImageBuffer image;
+    PixelRect placement;
+};
+
 // The whole-canvas pixelated and blurred versions of one base image, which
 // mosaic and blur regions reveal through a clip. Each is made once per block
-// size or radius; a cache that would pass six entries starts over. The
-// results keep the base's byte order. Not thread-safe: one engine per drawing
-// thread; the kernels themselves spread over `run`.
+// size or radius; a cache that would pass six entries starts over, so an
+// editor dragging a region only clips the same bitmap again. An engine made
+// for one flattening instead computes just the areas asked for, since a few
+// small regions should not pay for a blur of a whole 5K screen. The results
+// keep the base's byte order. Not thread-safe: one engine per drawing thread;
+// the kernels themselves spread over `run`.
 class MosaicEngine {
 public:
     static constexpr std::size_t maxCachedBeforeReset = 5;
 
-    explicit MosaicEngine(ImageBuffer base, ParallelRunner run = runSerially)
-        : base_(std::move(base)), run_(std::move(run)) {}
+    enum class Extent { wholeCanvas, requestedAreas };
+
+    explicit MosaicEngine(ImageBuffer base, ParallelRunner run = runSerially, Extent extent = Extent::wholeCanvas)
+        : base_(std::move(base)), run_(std::move(run)), extent_(extent) {}
 
     const ImageBuffer& base() const { return base_; }
 
@@ -29,6 +40,12 @@ public:
     // so borders stay dense. Radii below 0 count as 0.
     std::optional<ImageBuffer> blurred(double radius);
 
+    // The effect over at least `area` of the canvas: the whole cached bitmap,
+    // or, for an engine of requested areas, that area alone (clipped to the
+    // image). None for an area outside the image.
+    std::optional<EffectImage> pixelated(double blockSize, const PixelRect& area);
+    std::optional<EffectImage> blurred(double radius, const PixelRect& area);
+
     std::size_t cachedPixelations() const { return pixelCache_.size(); }
     std::size_t cachedBlurs() const { return blurCache_.size(); }
 
@@ -37,6 +54,7 @@ private:
 
     ImageBuffer base_;
     ParallelRunner run_;
+    Extent extent_;
     std::map<double, ImageBuffer> pixelCache_;
     std::map<double, ImageBuffer> blurCache_;
 };
@@ -45,8 +63,11 @@ private:
 // order (every channel is treated alike).
 namespace PixelKernels {
 
-// Each block of the grid anchored at the image's centre filled with its mean, rounded.
-ImageBuffer pixelate(const ImageBuffer& image, double blockSize, const ParallelRunner& run = runSerially);
+// Each block of the grid anchored at the image's centre filled with its mean,
+// rounded; only the blocks that meet `area` (the whole image by default) are
+// computed, and the result covers `area` clipped to the image.
+ImageBuffer pixelate(const ImageBuffer& image, double blockSize, const ParallelRunner& run = runSerially,
+                     std::optional<PixelRect> area = std::nullopt);
 
 // A Gaussian blur of deviation `sigma` over edge-extended pixels. Large
 // deviations are blurred on a copy reduced by a power of two (by block means)
@@ -55,6 +76,9 @@ ImageBuffer pixelate(const ImageBuffer& image, double blockSize, const ParallelR
 // copy makes up the rest. The result stays within a few levels of a direct
 // blur and costs about the same at any sigma.
 ImageBuffer blur(const ImageBuffer& image, double sigma, const ParallelRunner& run = runSerially);
+// The blur of `area` (clipped to the image), computed from the area and three
+// deviations around it, which is all a Gaussian reaches.
+ImageBuffer blurArea(const ImageBuffer& image, double sigma, const PixelRect& area, const ParallelRunner& run = runSerially);
 
 // The reduction factor `blur` uses for `sigma`: 1 below 3, then the power of
 // two that leaves a deviation of 1.5 to 3 reduced pixels, at most 16.

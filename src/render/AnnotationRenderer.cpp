@@ -48,7 +48,7 @@ std::optional<ImageBuffer> AnnotationRenderer::render(const AnnotationDocument& 
     // over a transparent canvas would give, without blending every pixel.
     std::unique_ptr<ImageCanvas> canvas = backend_.makeCanvas(base);
     if (!canvas) return std::nullopt;
-    MosaicEngine mosaic(base, run_);
+    MosaicEngine mosaic(base, run_, MosaicEngine::Extent::requestedAreas);
     std::vector<SkippedElement> problems = drawElements(document, *canvas, &mosaic);
     if (skipped) *skipped = std::move(problems);
     ImageBuffer image = canvas->finish();

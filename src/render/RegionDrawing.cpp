@@ -41,23 +41,43 @@ CanvasPath roundedRegion(const Rect& rect, const AnnotationFonts& fonts, const A
     return rotated(std::move(path), fonts, element);
 }
 
-void clipToRegion(DrawingCanvas& canvas, const AnnotationFonts& fonts, const AnnotationElement& element) {
+// What a region reveals its effect through: the inside of a path, or the band
+// a brushed path's stroke covers.
+struct RegionClip {
+    CanvasPath path;
+    std::optional<StrokeStyle> stroke;
+
+    // The image pixels the clip can reach.
+    PixelRect area() const {
+        const Rect bounds = path.controlBounds();
+        if (bounds.isNull()) return {};
+        const double grow = (stroke ? stroke->width / 2 : 0) + 1;
+        const Rect reach = bounds.insetBy(-grow, -grow).integral();
+        // Coordinates are sane by now; the clamp only keeps the ints in range.
+        auto edge = [](double v) { return static_cast<int>(std::clamp(v, -1.0, 1e8)); };
+        const int x0 = edge(reach.minX()), y0 = edge(reach.minY());
+        return {x0, y0, edge(reach.maxX()) - x0, edge(reach.maxY()) - y0};
+    }
+
+    void apply(DrawingCanvas& canvas) const {
+        if (stroke) canvas.clipToStroke(path, *stroke);
+        else canvas.clip(path);
+    }
+};
+
+RegionClip regionClip(const AnnotationFonts& fonts, const AnnotationElement& element) {
     const AnnotationStyle& style = element.style;
     if (const std::vector<Point>* points = element.geometry.asPath(); points && points->size() >= 2) {
         std::vector<Point> world;
         for (const Point& p : *points) world.push_back(ElementRotation::toWorld(fonts.regular, p, element));
         CanvasPath path;
         path.addPolyline(world);
-        canvas.clipToStroke(path, {std::max({style.lineWidth, style.mosaicBlockSize, 24.0}), LineCap::round, LineJoin::round, {}, 0});
-        return;
+        return {std::move(path), StrokeStyle{std::max({style.lineWidth, style.mosaicBlockSize, 24.0}), LineCap::round, LineJoin::round, {}, 0}};
     }
-    if (const Rect* rect = element.geometry.asRect()) {
-        canvas.clip(roundedRegion(*rect, fonts, element));
-        return;
-    }
+    if (const Rect* rect = element.geometry.asRect()) return {roundedRegion(*rect, fonts, element), std::nullopt};
     CanvasPath box;
     box.addRect(element.geometry.boundingBox());
-    canvas.clip(rotated(std::move(box), fonts, element));
+    return {rotated(std::move(box), fonts, element), std::nullopt};
 }
 
 double borderWidth(const AnnotationStyle& style) { return style.outlineWidth.value_or(style.lineWidth); }
@@ -112,7 +132,7 @@ std::optional<std::string> drawRegionEffect(DrawingCanvas& canvas, const Annotat
         if (!rect) return "its geometry is not a rectangle";
         drawRegionShadow(canvas, fonts, element);
         canvas.save();
-        clipToRegion(canvas, fonts, element);
+        regionClip(fonts, element).apply(canvas);
         const double zoom = std::max(style.magnifierZoom.value_or(4), 1.0);
         const Point m = rect->standardized().center();
         const Size offset = style.magnifierOffset.value_or(Size{});
@@ -124,13 +144,17 @@ std::optional<std::string> drawRegionEffect(DrawingCanvas& canvas, const Annotat
         drawRegionBorder(canvas, fonts, element);
         return std::nullopt;
     }
-    const std::optional<ImageBuffer> effect =
-        element.kind.is(Case::mosaic) ? mosaic->pixelated(style.mosaicBlockSize) : mosaic->blurred(style.blurRadius);
+    const RegionClip clip = regionClip(fonts, element);
+    const PixelRect area = clip.area();
+    const std::optional<EffectImage> effect =
+        element.kind.is(Case::mosaic) ? mosaic->pixelated(style.mosaicBlockSize, area) : mosaic->blurred(style.blurRadius, area);
     if (!effect) return std::nullopt;
     drawRegionShadow(canvas, fonts, element);
     canvas.save();
-    clipToRegion(canvas, fonts, element);
-    canvas.drawImage(*effect, whole, ImageSampling::nearest);
+    clip.apply(canvas);
+    const PixelRect& at = effect->placement;
+    canvas.drawImage(effect->image, {static_cast<double>(at.x), static_cast<double>(at.y), static_cast<double>(at.width),
+                                     static_cast<double>(at.height)}, ImageSampling::nearest);
     canvas.restore();
     drawRegionBorder(canvas, fonts, element);
     return std::nullopt;
