@@ -59,6 +59,27 @@ QPen pen(const QColor& color, const StrokeStyle& stroke, const QPainterPath& pat
     return pen;
 }
 
+// The part of the device plane whose drawing can show: the canvas itself, and
+// around it whatever can be carried onto the canvas by `shadow` and by the
+// shadows of the layers being gathered.
+template <typename Layers>
+QRectF reachingCanvas(const QRectF& canvas, const std::optional<CanvasShadow>& shadow, const Layers& layers) {
+    double dx = 0, dy = 0;
+    auto add = [&](const std::optional<CanvasShadow>& s) {
+        if (!s || s->color.alpha <= 0) return;
+        const double pad = std::ceil(3 * std::max(s->blur, 0.0) * sigmaPerBlur) + 1;
+        dx += pad + std::abs(s->offset.width);
+        dy += pad + std::abs(s->offset.height);
+    };
+    add(shadow);
+    for (const auto& layer : layers) add(layer.begun.shadow);
+    return canvas.adjusted(-dx, -dy, dx, dy);
+}
+
+// The clip bounds before any clip: the whole plane, since what lies past the
+// canvas can still cast a shadow onto it.
+const QRectF everywhere(-1e9, -1e9, 2e9, 2e9);
+
 // How far a stroke can reach beyond its path's control points.
 double strokeReach(const StrokeStyle& stroke) {
     // Miter joins are limited to twice the width by Qt's default miter limit.
@@ -92,7 +113,7 @@ QPainterPath QtPainterCanvas::toQt(const CanvasPath& path, FillRule rule) {
 
 QtPainterCanvas::QtPainterCanvas(QPainter& painter, QSize size, std::function<const QtTextMeasurer&(FontFace)> fonts)
     : painter_(painter), deviceRect_(QPointF(0, 0), QSizeF(size)), fonts_(std::move(fonts)) {
-    state_.clipBounds = deviceRect_;
+    state_.clipBounds = everywhere;
     painter_.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
 }
 
@@ -133,7 +154,7 @@ void QtPainterCanvas::endLayer() {
     state_.alpha = layer.begun.alpha;
     state_.shadow = layer.begun.shadow;
     state_.blend = layer.begun.blend;
-    const QRect bounds = layer.bounds.toAlignedRect().intersected(deviceRect_.toAlignedRect());
+    const QRect bounds = layer.bounds.intersected(reachingCanvas(deviceRect_, layer.begun.shadow, layers_)).toAlignedRect();
     if (bounds.isEmpty()) return;
     QImage image = picture(layer.operations, bounds);
     deliver(composite(layer.begun, std::move(image), bounds));
@@ -224,19 +245,27 @@ void QtPainterCanvas::drawTextLine(std::string_view text, FontFace face, double 
 }
 
 void QtPainterCanvas::submit(State state, QRectF bounds, std::function<void(QPainter&)> paint) {
-    bounds = bounds.intersected(state.clipBounds).intersected(deviceRect_);
-    if (bounds.isEmpty() || state.alpha <= 0) return;
+    if (state.alpha <= 0) return;
     if (state.shadow && state.shadow->color.alpha > 0) {
-        // Drawn alone into a picture so its shadow can be made from it.
-        const QRect area = bounds.toAlignedRect();
+        // Drawn alone and unclipped into a picture so its shadow can be made
+        // from it. The clip then applies to the picture and its shadow alike:
+        // what the clip hides still casts a shadow, as a spotlight's hole
+        // filled under a clip to everything but the hole does around itself.
+        // Shapes past the canvas edge cast their shadow onto it too.
+        const QRect area = bounds.intersected(reachingCanvas(deviceRect_, state.shadow, layers_)).toAlignedRect();
+        if (area.isEmpty()) return;
         State inner = state;
         inner.alpha = 1;
         inner.blend = BlendMode::normal;
         inner.shadow.reset();
-        QImage image = picture({Operation{inner, bounds, std::move(paint)}}, area);
+        inner.clips.clear();
+        inner.clipBounds = everywhere;
+        QImage image = picture({Operation{inner, area, std::move(paint)}}, area);
         deliver(composite(std::move(state), std::move(image), area));
         return;
     }
+    bounds = bounds.intersected(state.clipBounds).intersected(reachingCanvas(deviceRect_, std::nullopt, layers_));
+    if (bounds.isEmpty()) return;
     deliver({std::move(state), bounds, std::move(paint)});
 }
 
