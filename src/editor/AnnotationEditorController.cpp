@@ -1,12 +1,15 @@
 #include "AnnotationEditorController.h"
 
 #include "AnnotationElementClipboard.h"
+#include "AnnotationImageImport.h"
 #include "AnnotationStyleStore.h"
 #include "ElementBounds.h"
 #include "ElementRotation.h"
 #include "HandleLayout.h"
 #include "HitTesting.h"
 #include "LeaderSupport.h"
+#include "Log.h"
+#include "Pasteboard.h"
 #include "PathSimplify.h"
 #include "PngEncoder.h"
 #include "SegmentCurve.h"
@@ -1016,6 +1019,24 @@ void AnnotationEditorController::pasteElements(std::vector<AnnotationElement> el
     setSelection(std::nullopt, std::move(pasted));
     recordIfChanged(baseline);
     changed();
+}
+
+bool AnnotationEditorController::paste(AnnotationElementClipboard& clipboard, const Pasteboard& pasteboard) {
+    const std::optional<Bytes> picture = pasteboard.readImagePNG();
+    switch (clipboard.choice(pasteboard, picture.has_value())) {
+    case AnnotationElementClipboard::Choice::nothing: return false;
+    case AnnotationElementClipboard::Choice::elements: pasteElements(clipboard.take({pasteOffset, pasteOffset})); return true;
+    case AnnotationElementClipboard::Choice::systemImage: break;
+    }
+    const Size canvas = document_.pixelSize();
+    Expected<AnnotationImage> image = AnnotationImageImport::payload(*picture, AnnotationImageImport::maxPixel(canvas));
+    if (!image) {
+        logLine("[Editor] paste ignored: " + image.error().message);
+        return false;
+    }
+    const Rect rect = AnnotationImageImport::placement({image->pixelWidth, image->pixelHeight}, canvas, std::nullopt, 1);
+    addImage(AnnotationImageImport::element(*image, rect));
+    return true;
 }
 
 void AnnotationEditorController::addImage(const AnnotationElement& image) { pasteElements({image}); }

@@ -239,6 +239,12 @@ public:
     // Pastes the element clipboard's elements, or adds `image` (already
     // imported) when the clipboard chooses the system image.
     void pasteElements(std::vector<AnnotationElement> elements);
+    // A paste: the elements copied in an editor, each paste a step further
+    // on, or the system clipboard's picture as an image element in the middle
+    // of the canvas when something newer was copied. False when there was
+    // nothing usable (a picture that does not decode changes nothing).
+    bool paste(AnnotationElementClipboard& clipboard, const Pasteboard& pasteboard);
+    static constexpr double pasteOffset = 20;
     void addImage(const AnnotationElement& image);
     void nudgeSelected(double dx, double dy);
     void moveSelected(bool forward);

@@ -2,6 +2,7 @@
 #include "AnnotationStyleStore.h"
 #include "EditorTestSupport.h"
 #include "FakePasteboard.h"
+#include "PngEncoder.h"
 
 #include <gtest/gtest.h>
 
@@ -378,6 +379,42 @@ TEST(EditorCommands, CopyCutAndPasteKeepEveryKindAndCascade) {
     EXPECT_EQ(f.elements()[5].kind.textPayload(), "copied");
     f.editor->cutSelected(clipboard, pasteboard);
     EXPECT_EQ(f.elements().size(), 4u);
+}
+
+PasteboardContent picture(int width, int height) {
+    MutableImage image(width, height);
+    image.fill({10, 20, 200, 255});
+    PasteboardContent content;
+    content.add("image/png", *PngEncoder::encode(std::move(image).freeze()));
+    return content;
+}
+
+TEST(EditorCommands, ANewerPictureOnTheClipboardPastesAsAnImageWithinHalfTheCanvas) {
+    EditorFixture f;
+    AnnotationElementClipboard clipboard;
+    FakePasteboard pasteboard;
+    f.editor->setTool(T::rectangle);
+    f.drag({10, 10}, {{50, 50}});
+    f.editor->copySelected(clipboard, pasteboard);
+    pasteboard.write(picture(2400, 1200)); // another program copies a picture
+    ASSERT_TRUE(f.editor->paste(clipboard, pasteboard));
+    const AnnotationElement& pasted = f.elements().back();
+    ASSERT_TRUE(pasted.kind.imagePayload());
+    EXPECT_EQ(*pasted.geometry.asRect(), Rect(200, 200, 400, 200)) << "half the 800x600 canvas, in its middle";
+    EXPECT_EQ(pasted.kind.imagePayload()->pixelWidth, 1600) << "stored at twice the canvas's larger side";
+    EXPECT_TRUE(f.editor->state().canUndo);
+}
+
+TEST(EditorCommands, PastedBytesThatAreNotAPictureChangeNothing) {
+    EditorFixture f;
+    AnnotationElementClipboard clipboard;
+    FakePasteboard pasteboard;
+    PasteboardContent garbage;
+    garbage.add("image/png", Bytes(100, 0x42));
+    pasteboard.write(garbage);
+    EXPECT_FALSE(f.editor->paste(clipboard, pasteboard));
+    EXPECT_TRUE(f.elements().empty());
+    EXPECT_FALSE(f.editor->state().canUndo);
 }
 
 TEST(EditorCommands, EffectIntensityRoundsAndLimitsByKind) {
