@@ -6,20 +6,21 @@ namespace tosvar::AppBus {
 
 const std::vector<Method>& methods() {
     static const std::vector<Method> table{
-        {"screenshot", "Screenshot", false},
-        {"screenshot-full", "ScreenshotFull", false},
-        {"screenshot-delayed", "ScreenshotDelayed", true},
-        {"scroll", "ScrollCapture", false},
-        {"text", "CaptureText", false},
-        {"translate", "TranslateRegion", false},
-        {"record", "ToggleRecording", false},
-        {"record-full", "RecordFullScreen", false},
-        {"record-audio", "ToggleAudioRecording", false},
-        {"present", "TogglePresentation", false},
-        {"pin-clipboard", "PinClipboard", false},
-        {"library", "OpenLibrary", false},
-        {"settings", "OpenSettings", false},
-        {"quit", "Quit", false},
+        {"screenshot", "Screenshot", Argument::none},
+        {"screenshot-full", "ScreenshotFull", Argument::none},
+        {"screenshot-delayed", "ScreenshotDelayed", Argument::seconds},
+        {"scroll", "ScrollCapture", Argument::none},
+        {"text", "CaptureText", Argument::none},
+        {"translate", "TranslateRegion", Argument::none},
+        {"record", "ToggleRecording", Argument::none},
+        {"record-full", "RecordFullScreen", Argument::none},
+        {"record-audio", "ToggleAudioRecording", Argument::none},
+        {"present", "TogglePresentation", Argument::none},
+        {"pin-clipboard", "PinClipboard", Argument::none},
+        {"annotate", "Annotate", Argument::path},
+        {"library", "OpenLibrary", Argument::none},
+        {"settings", "OpenSettings", Argument::none},
+        {"quit", "Quit", Argument::none},
     };
     return table;
 }

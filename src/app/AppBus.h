@@ -14,10 +14,17 @@ inline constexpr const char* interfaceName = "app.vemla.tosvar.Actions";
 inline constexpr const char* notBuiltError = "app.vemla.tosvar.Error.NotBuilt";
 inline constexpr const char* failedError = "app.vemla.tosvar.Error.Failed";
 
+// What a method takes besides its name.
+enum class Argument {
+    none,
+    seconds, // one int32: seconds, or -1 for the settings' delay
+    path,    // one string: an absolute file path
+};
+
 struct Method {
-    const char* action;  // the command-line word
-    const char* member;  // the bus method
-    bool takesSeconds;   // one int32 argument: seconds, or -1 for the settings' delay
+    const char* action; // the command-line word
+    const char* member; // the bus method
+    Argument argument;
 };
 
 const std::vector<Method>& methods();

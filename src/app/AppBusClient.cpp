@@ -51,7 +51,8 @@ std::optional<Error> forward(const CommandLineRequest& request) {
     QDBusMessage call = QDBusMessage::createMethodCall(serviceName(), QString::fromLatin1(AppBus::objectPath),
                                                        QString::fromLatin1(AppBus::interfaceName),
                                                        QString::fromLatin1(method->member));
-    if (method->takesSeconds) call << (request.seconds ? *request.seconds : -1);
+    if (method->argument == AppBus::Argument::seconds) call << (request.seconds ? *request.seconds : -1);
+    if (method->argument == AppBus::Argument::path) call << QString::fromStdString(request.path);
     const QDBusMessage reply = bus.call(call, QDBus::Block, 10000);
     if (reply.type() == QDBusMessage::ErrorMessage) return Error{reply.errorMessage().toStdString()};
     return std::nullopt;

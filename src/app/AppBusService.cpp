@@ -27,7 +27,8 @@ QString AppBusService::introspect(const QString&) const {
     QString xml = QStringLiteral("<interface name=\"%1\">\n").arg(QString::fromLatin1(AppBus::interfaceName));
     for (const AppBus::Method& method : AppBus::methods()) {
         xml += QStringLiteral("  <method name=\"%1\">").arg(QString::fromLatin1(method.member));
-        if (method.takesSeconds) xml += QStringLiteral("<arg name=\"seconds\" type=\"i\" direction=\"in\"/>");
+        if (method.argument == AppBus::Argument::seconds) xml += QStringLiteral("<arg name=\"seconds\" type=\"i\" direction=\"in\"/>");
+        if (method.argument == AppBus::Argument::path) xml += QStringLiteral("<arg name=\"path\" type=\"s\" direction=\"in\"/>");
         xml += QStringLiteral("</method>\n");
     }
     return xml + QStringLiteral("</interface>\n");
@@ -43,7 +44,15 @@ bool AppBusService::handleMessage(const QDBusMessage& message, const QDBusConnec
     CommandLineRequest request;
     request.kind = CommandLineRequest::Kind::action;
     request.action = method->action;
-    if (method->takesSeconds) {
+    if (method->argument == AppBus::Argument::path) {
+        const QList<QVariant> arguments = message.arguments();
+        if (arguments.size() != 1 || arguments[0].typeId() != QMetaType::QString) {
+            connection.send(message.createErrorReply(QDBusError::InvalidArgs, QStringLiteral("expected one string: path")));
+            return true;
+        }
+        request.path = arguments[0].toString().toStdString();
+    }
+    if (method->argument == AppBus::Argument::seconds) {
         const QList<QVariant> arguments = message.arguments();
         if (arguments.size() != 1 || !arguments[0].canConvert<int>()) {
             connection.send(message.createErrorReply(QDBusError::InvalidArgs, QStringLiteral("expected one int32: seconds")));

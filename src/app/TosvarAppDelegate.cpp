@@ -13,10 +13,15 @@
 #include "ScreenshotToast.h"
 #include "SiblingApp.h"
 #include "StatusMenuView.h"
+#include "ParallelFor.h"
+#include "QtDrawingBackend.h"
 #include "WorkerPool.h"
 
 #include <QApplication>
 #include <QCursor>
+#include <QImageReader>
+
+#include <cstring>
 
 namespace tosvar {
 
@@ -27,7 +32,12 @@ constexpr std::string_view notBuiltToastKey = "tosvar.toast.notBuilt";
 } // namespace
 
 TosvarAppDelegate::TosvarAppDelegate(AppPlatform& platform)
-    : CaptureHost(platform.mainQueue), platform_(platform), recents_(platform.files, SettingsStore::standardDefaults()),
+    : CaptureHost(platform.mainQueue), platform_(platform),
+      renderer_(QtDrawingBackend::shared(),
+                [](int count, const std::function<void(int, int)>& body) {
+                    parallelFor(WorkerPool::shared(), count, static_cast<int>(WorkerPool::shared().threadCount()) * 4, body);
+                }),
+      recents_(platform.files, SettingsStore::standardDefaults()),
       onboarding_({platform.permissions, SettingsStore::standardDefaults(), platform.files,
                    [this] { return settingsStore_.load(); }}),
       launchAtLogin_(LaunchAtLoginController::standardAutostartFile(),
@@ -307,6 +317,9 @@ ActionOutcome TosvarAppDelegate::perform(const CommandLineRequest& request) {
     else if (a == "record-audio") c.toggleAudioRecording();
     else if (a == "present") c.togglePresentation();
     else if (a == "pin-clipboard") pinFromClipboard();
+    else if (a == "annotate") {
+        if (std::optional<std::string> error = annotateFile(request.path)) return {ActionOutcome::Kind::failed, *error};
+    }
     else if (a == "library") openLibrary();
     else if (a == "settings") openSettings();
     else if (a == "quit") QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
@@ -314,6 +327,32 @@ ActionOutcome TosvarAppDelegate::perform(const CommandLineRequest& request) {
     if (notBuiltReached_)
         return {ActionOutcome::Kind::notBuilt, "the \"" + a + "\" action is not built into this version yet"};
     return {};
+}
+
+std::optional<std::string> TosvarAppDelegate::annotateFile(const std::filesystem::path& file) {
+    QImageReader reader(QString::fromStdString(file.string()));
+    reader.setAutoTransform(true);
+    const QImage read = reader.read();
+    if (read.isNull()) return "cannot open " + file.string() + ": " + reader.errorString().toStdString();
+    const QImage pixels = read.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    MutableImage copy(pixels.width(), pixels.height(), PixelOrder::bgra, PixelMemoryFill::uninitialized);
+    for (int y = 0; y < pixels.height(); ++y) std::memcpy(copy.row(y), pixels.constScanLine(y), 4 * static_cast<std::size_t>(pixels.width()));
+    const QString title = QString::fromStdString(L("annotation.window.title", file.filename().string()));
+    auto* window = new AnnotationEditorWindow(std::move(copy).freeze(), 1, title,
+                                              {renderer_, platform_.mainQueue, &SettingsStore::standardDefaults(), elementClipboard_,
+                                               platform_.pasteboard, WorkerPool::shared()});
+    editors_.insert(window);
+    window->onSave = [this](Bytes png) { sink().deliver(png, false); };
+    window->onCopy = [this](Bytes png) {
+        OwnPasteboard::writePNG(platform_.pasteboard, OwnPasteboardLedger::shared(), png);
+        showToast("annotation.copied", ScreenshotToast::captureSeconds);
+    };
+    window->onClosed = [this, window] { editors_.erase(window); };
+    window->show();
+    window->raise();
+    window->activateWindow();
+    logLine("annotate: opened " + file.string());
+    return std::nullopt;
 }
 
 void TosvarAppDelegate::notBuilt(const std::string& feature) {

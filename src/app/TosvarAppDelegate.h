@@ -1,5 +1,8 @@
 #pragma once
 
+#include "AnnotationEditorWindow.h"
+#include "AnnotationElementClipboard.h"
+#include "AnnotationRenderer.h"
 #include "AppBusService.h"
 #include "AppPlatform.h"
 #include "CaptureCoordinator.h"
@@ -53,6 +56,8 @@ public:
     void toggleAudioRecordingFromMenu();
     void togglePresentationFromMenu();
     void pinFromClipboard();
+    // Opens the annotation editor on an image file; the error when it cannot be read.
+    std::optional<std::string> annotateFile(const std::filesystem::path& file);
     void toggleAllStickersFromMenu();
     void openLibrary();
     void openRecent(const std::filesystem::path& file);
@@ -94,6 +99,9 @@ private:
     FileCaptureSink& sink();
 
     AppPlatform& platform_;
+    AnnotationRenderer renderer_;
+    AnnotationElementClipboard elementClipboard_;
+    std::set<AnnotationEditorWindow*> editors_;
     SettingsStore settingsStore_;
     RecentCaptures recents_;
     std::unique_ptr<FileCaptureSink> sink_;

@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QSystemTrayIcon>
 
+#include <filesystem>
 #include <iostream>
 
 namespace {
@@ -23,8 +24,18 @@ namespace {
 using tosvar::ActionOutcome;
 using tosvar::CommandLineRequest;
 
-int forwardAction(int argc, char** argv, const CommandLineRequest& request) {
+int forwardAction(int argc, char** argv, CommandLineRequest request) {
     QCoreApplication app(argc, argv);
+    if (request.action == "annotate") {
+        // The running instance has a working folder of its own.
+        std::error_code error;
+        const std::filesystem::path file = std::filesystem::absolute(request.path, error);
+        if (error || !std::filesystem::is_regular_file(file)) {
+            std::cerr << "tosvar: cannot open " << request.path << ": no such file\n";
+            return 1;
+        }
+        request.path = file.string();
+    }
     if (!tosvar::AppBusClient::isRunning()) {
         if (request.action == "quit") {
             std::cout << "Tosvar is not running.\n";

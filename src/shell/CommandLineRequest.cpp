@@ -8,7 +8,7 @@ namespace tosvar {
 const std::vector<std::string>& CommandLineRequest::actions() {
     static const std::vector<std::string> names{
         "screenshot", "screenshot-full", "screenshot-delayed", "scroll", "text", "translate", "record",
-        "record-full", "record-audio", "present", "pin-clipboard", "library", "settings", "quit"};
+        "record-full", "record-audio", "present", "pin-clipboard", "annotate", "library", "settings", "quit"};
     return names;
 }
 
@@ -31,6 +31,7 @@ std::string CommandLineRequest::helpText() {
            "  record-audio                start or stop a sound recording\n"
            "  present                     start or stop presentation mode\n"
            "  pin-clipboard               pin the clipboard as a sticker\n"
+           "  annotate FILE               open an image in the annotation editor\n"
            "  library                     open the capture library\n"
            "  settings                    open the settings\n"
            "  quit                        quit the running application\n"
@@ -50,6 +51,16 @@ CommandLineRequest CommandLineRequest::parse(const std::vector<std::string>& arg
     request.kind = Kind::invalid;
     if (std::find(actions().begin(), actions().end(), first) == actions().end()) {
         request.error = "unknown action \"" + first + "\" (see tosvar --help)";
+        return request;
+    }
+    if (first == "annotate") {
+        if (arguments.size() != 2 || arguments[1].empty()) {
+            request.error = "annotate takes one image file: tosvar annotate FILE";
+            return request;
+        }
+        request.kind = Kind::action;
+        request.action = first;
+        request.path = arguments[1];
         return request;
     }
     const std::size_t allowed = first == "screenshot-delayed" ? 2 : 1;

@@ -13,6 +13,7 @@ struct CommandLineRequest {
     Kind kind = Kind::start;
     std::string action;         // "screenshot", "screenshot-delayed", ...
     std::optional<int> seconds; // for "screenshot-delayed"
+    std::string path;           // for "annotate": the image to open
     std::string error;          // for `invalid`
 
     static CommandLineRequest parse(const std::vector<std::string>& arguments);

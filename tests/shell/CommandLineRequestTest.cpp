@@ -10,7 +10,7 @@ TEST(CommandLineRequest, ParsesEveryForm) {
     EXPECT_EQ(CommandLineRequest::parse({"--help"}).kind, Kind::help);
     EXPECT_EQ(CommandLineRequest::parse({"-h"}).kind, Kind::help);
     for (const std::string& action : CommandLineRequest::actions()) {
-        const auto request = CommandLineRequest::parse({action});
+        const auto request = action == "annotate" ? CommandLineRequest::parse({action, "shot.png"}) : CommandLineRequest::parse({action});
         EXPECT_EQ(request.kind, Kind::action) << action;
         EXPECT_EQ(request.action, action);
         EXPECT_NE(CommandLineRequest::helpText().find("  " + action), std::string::npos) << action;
@@ -18,6 +18,7 @@ TEST(CommandLineRequest, ParsesEveryForm) {
     const auto delayed = CommandLineRequest::parse({"screenshot-delayed", "3"});
     EXPECT_EQ(delayed.kind, Kind::action);
     EXPECT_EQ(delayed.seconds, 3);
+    EXPECT_EQ(CommandLineRequest::parse({"annotate", "my shot.png"}).path, "my shot.png");
 }
 
 TEST(CommandLineRequest, RejectsWhatItCannotDo) {
@@ -28,6 +29,8 @@ TEST(CommandLineRequest, RejectsWhatItCannotDo) {
         {{"screenshot-delayed", "-1"}, "whole seconds"},
         {{"screenshot-delayed", "99999"}, "whole seconds"},
         {{"screenshot-delayed", "1", "2"}, "unexpected argument \"2\""},
+        {{"annotate"}, "annotate takes one image file"},
+        {{"annotate", "a.png", "b.png"}, "annotate takes one image file"},
     };
     for (const auto& [arguments, message] : rows) {
         const auto request = CommandLineRequest::parse(arguments);

@@ -114,6 +114,14 @@ QPainterPath QtPainterCanvas::toQt(const CanvasPath& path, FillRule rule) {
 QtPainterCanvas::QtPainterCanvas(QPainter& painter, QSize size, std::function<const QtTextMeasurer&(FontFace)> fonts)
     : painter_(painter), deviceRect_(QPointF(0, 0), QSizeF(size)), fonts_(std::move(fonts)) {
     state_.clipBounds = everywhere;
+    // Drawing starts in the painter's own coordinates and within its clip, as
+    // a view that scales and clips before handing its painter over expects.
+    state_.transform = painter_.transform();
+    if (painter_.hasClipping()) {
+        QPainterPath clip = painter_.transform().map(painter_.clipPath());
+        state_.clipBounds = clip.controlPointRect();
+        state_.clips.push_back(std::move(clip));
+    }
     painter_.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
 }
 

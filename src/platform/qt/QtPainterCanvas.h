@@ -15,7 +15,7 @@ namespace tosvar {
 class QtTextMeasurer;
 
 // A `DrawingCanvas` over a QPainter whose device is `size` pixels, origin
-// top-left. QPainter lacks three things the canvas promises, emulated here:
+// top-left. It starts with the painter's transform and clip. QPainter lacks three things the canvas promises, emulated here:
 // - Layers: what is drawn inside a layer is recorded, not painted. At its end
 //   the recorded operations are replayed into a transparent image just large
 //   enough to hold them, and that image is composited as one picture with the

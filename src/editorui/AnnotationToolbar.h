@@ -1,0 +1,47 @@
+#pragma once
+
+#include "AnnotationEditorController.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <map>
+
+class QAbstractButton;
+class QSpinBox;
+class QToolButton;
+
+namespace tosvar {
+
+// The row of controls above the canvas: every tool with its key, the colours,
+// the width (or text size) of the current tool, its switches, and undo,
+// redo, copy and save. Laid out once; each change of the controller's state
+// updates which tool is down and what the switches show.
+class AnnotationToolbar final : public QWidget {
+public:
+    AnnotationToolbar(AnnotationEditorController& controller, QWidget* parent = nullptr);
+    ~AnnotationToolbar() override;
+
+    std::function<void()> onCopy;
+    std::function<void()> onSave;
+
+    QToolButton* toolButton(AnnotationTool tool) const { return tools_.at(tool); }
+
+private:
+    void refresh();
+
+    AnnotationEditorController& controller_;
+    int observer_ = 0;
+    bool refreshing_ = false;
+    std::map<AnnotationTool, QToolButton*> tools_;
+    std::vector<std::pair<RGBAColor, QToolButton*>> colours_;
+    QSpinBox* size_ = nullptr;
+    QToolButton* dashed_ = nullptr;
+    QToolButton* shadow_ = nullptr;
+    QToolButton* outline_ = nullptr;
+    QToolButton* fill_ = nullptr;
+    QToolButton* undo_ = nullptr;
+    QToolButton* redo_ = nullptr;
+};
+
+} // namespace tosvar
