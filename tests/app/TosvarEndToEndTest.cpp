@@ -4,6 +4,7 @@
 #include "ChildProcess.h"
 #include "IsolatedEnvironment.h"
 #include "PngDecoder.h"
+#include "PngEncoder.h"
 #include "SessionBus.h"
 #include "X11DisplayCapturer.h"
 #include "XvfbServer.h"
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <functional>
@@ -161,4 +163,82 @@ TEST_F(TosvarEndToEndTest, FullScreenShotsFromTheCommandLineAndTheTrayMenuThenAC
     EXPECT_TRUE(waitFor([] { return runTosvar("quit").output.find("not running") != std::string::npos; }));
     EXPECT_TRUE(waitFor([&] { return readFile(stateFolder() / "launch-state.json").find("\"exited\"") != std::string::npos; }))
         << readFile(stateFolder() / "launch-state.json");
+}
+
+namespace {
+
+// Whether (x, y) lies within `reach` of the border of `box`.
+bool nearBorder(int x, int y, const Rect& box, double reach) {
+    const double dx = std::max({box.minX() - x, x - box.maxX(), 0.0});
+    const double dy = std::max({box.minY() - y, y - box.maxY(), 0.0});
+    const bool inside = dx == 0 && dy == 0;
+    const double distance = inside ? std::min({x - box.minX(), box.maxX() - x, y - box.minY(), box.maxY() - y}) : std::hypot(dx, dy);
+    return distance <= reach;
+}
+
+ImageBuffer pattern(int width, int height) {
+    MutableImage image(width, height);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            image.setPixel(x, y, {static_cast<std::uint8_t>(40 + x * 150 / width), static_cast<std::uint8_t>(60 + y * 150 / height),
+                                  static_cast<std::uint8_t>((x / 16 + y / 16) % 2 ? 200 : 120), 255});
+    return std::move(image).freeze();
+}
+
+} // namespace
+
+// `tosvar annotate FILE`, a rectangle dragged with its tool key, a text typed
+// in place, Ctrl+S: one new file in the save folder that differs from the
+// original only along the rectangle's stroke and inside the text's box.
+TEST_F(TosvarEndToEndTest, AnnotateAFileWithARectangleAndATextThenSave) {
+    const fs::path original = environment.root() / "shot.png";
+    ASSERT_FALSE(PngEncoder::writeFile(pattern(600, 400), original));
+    const CommandRun open = runTosvar("annotate " + original.string());
+    ASSERT_EQ(open.exitCode, 0) << open.output;
+    ASSERT_TRUE(waitFor([] { return run("xdotool search --name '^Annotate shot.png$'").exitCode == 0; })) << "no editor window";
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    const CommandRun geometry = run("xdotool search --name '^Annotate shot.png$' getwindowgeometry --shell");
+    int x = 0, y = 0, width = 0, height = 0;
+    for (std::istringstream lines(geometry.output); lines;) {
+        std::string line;
+        std::getline(lines, line);
+        std::sscanf(line.c_str(), "X=%d", &x);
+        std::sscanf(line.c_str(), "Y=%d", &y);
+        std::sscanf(line.c_str(), "WIDTH=%d", &width);
+        std::sscanf(line.c_str(), "HEIGHT=%d", &height);
+    }
+    // The window is as tall as the image plus its toolbar, which shows it at
+    // one screen pixel per image pixel, centred across the window's width.
+    const int toolbar = height - 400;
+    ASSERT_GT(toolbar, 0) << geometry.output;
+    auto screen = [&](int ix, int iy) { return std::to_string(x + (width - 600) / 2 + ix) + " " + std::to_string(y + toolbar + iy); };
+
+    ASSERT_EQ(run("xdotool mousemove " + screen(300, 200) + " sleep 0.2 key r").exitCode, 0);
+    ASSERT_EQ(run("xdotool mousemove " + screen(100, 80) + " mousedown 1 mousemove " + screen(150, 120) + " mousemove " +
+                  screen(300, 230) + " sleep 0.1 mouseup 1")
+                  .exitCode,
+              0);
+    ASSERT_EQ(run("xdotool sleep 0.2 key t mousemove " + screen(120, 300) + " click 1 sleep 0.3 type --delay 40 Hi").exitCode, 0);
+    ASSERT_EQ(run("xdotool sleep 0.2 key Return sleep 0.2 key ctrl+s").exitCode, 0);
+    ASSERT_TRUE(waitFor([&] { return screenshots(saveFolder()).size() == 1; }, 5000)) << "nothing saved";
+
+    const Expected<ImageBuffer> saved = PngDecoder::decodeFile(screenshots(saveFolder()).front());
+    ASSERT_TRUE(saved) << saved.error().message;
+    const ImageBuffer before = pattern(600, 400);
+    ASSERT_EQ(saved->width(), 600);
+    ASSERT_EQ(saved->height(), 400);
+    const Rect rectangle(100, 80, 200, 150);
+    const Rect textBox(110, 260, 110, 80); // "Hi" at 40 px, its first line centred on the click
+    int onStroke = 0, inText = 0, elsewhere = 0;
+    for (int py = 0; py < 400; ++py)
+        for (int px = 0; px < 600; ++px) {
+            const Rgba8 a = saved->pixel(px, py), b = before.pixel(px, py);
+            if (std::max({std::abs(a.r - b.r), std::abs(a.g - b.g), std::abs(a.b - b.b)}) <= 2) continue;
+            if (nearBorder(px, py, rectangle, 10)) ++onStroke;
+            else if (textBox.contains({px + 0.5, py + 0.5})) ++inText;
+            else ++elsewhere;
+        }
+    EXPECT_GT(onStroke, 2 * (200 + 150) * 6) << "the rectangle's stroke";
+    EXPECT_GT(inText, 300) << "the text";
+    EXPECT_EQ(elsewhere, 0);
 }
