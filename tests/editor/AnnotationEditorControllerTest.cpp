@@ -517,3 +517,86 @@ TEST(EditorTranslation, WithoutAnEngineTheStateSaysWhy) {
 
 } // namespace
 } // namespace tosvar::editing
+
+namespace tosvar::editing {
+namespace {
+
+// One element of `tool`'s kind drawn and selected, for the style commands.
+void drawSelected(EditorFixture& f, AnnotationTool tool) {
+    f.editor->setTool(tool);
+    f.drag({100, 100}, {{250, 220}});
+}
+
+TEST(EditorStyleCommands, EachChangesTheSelectionTheToolAndOneUndoStep) {
+    struct Row {
+        const char* name;
+        AnnotationTool tool;
+        std::function<void(AnnotationEditorController&)> command;
+        std::function<bool(const AnnotationStyle&)> applied;
+    };
+    const std::vector<Row> rows{
+        {"opacity toggles to a half", T::arrow, [](auto& e) { e.toggleElementOpacity(); }, [](const auto& s) { return s.opacity == 0.5; }},
+        {"outline on a line", T::line, [](auto& e) { e.setOutline(true); }, [](const auto& s) { return s.outline; }},
+        {"outline of a region is its border", T::blur, [](auto& e) { e.setOutline(true); }, [](const auto& s) { return s.textOutline; }},
+        {"shadow", T::ellipse, [](auto& e) { e.setShadow(true); }, [](const auto& s) { return s.shadow; }},
+        {"veil of a spotlight", T::spotlight, [](auto& e) { e.setSpotlightVeilOpacity(0.8); },
+         [](const auto& s) { return s.fillColor && std::abs(s.fillColor->alpha - 0.8) < 1e-9; }},
+        {"fill opacity steps by a twentieth", T::rectangle,
+         [](auto& e) {
+             e.setFilled(true);
+             e.adjustFillOpacity(-2);
+         },
+         [](const auto& s) { return s.fillColor && std::abs(s.fillColor->alpha - 0.9) < 1e-9; }},
+        {"censoring switches a mosaic to a blur", T::mosaic, [](auto& e) { e.setCensorBlur(true); }, [](const auto&) { return true; }},
+    };
+    for (const Row& row : rows) {
+        EditorFixture f;
+        drawSelected(f, row.tool);
+        const AnnotationSnapshot before = f.editor->document().snapshot();
+        row.command(*f.editor);
+        f.queue.advance(1); // bursts close
+        ASSERT_EQ(f.elements().size(), 1u) << row.name;
+        EXPECT_TRUE(row.applied(f.elements()[0].style)) << row.name;
+        EXPECT_NE(f.editor->document().snapshot(), before) << row.name;
+        f.editor->performUndo();
+        if (row.tool == T::rectangle) f.editor->performUndo(); // the fill was its own step
+        EXPECT_EQ(f.editor->document().snapshot(), before) << row.name << ": undone in one step";
+    }
+}
+
+TEST(EditorStyleCommands, CensoringCarriesTheSelectedRegionOverToTheOtherEffect) {
+    EditorFixture f;
+    drawSelected(f, T::mosaic);
+    f.editor->setCensorBlur(true);
+    EXPECT_EQ(f.editor->state().tool, T::blur);
+    EXPECT_TRUE(f.elements()[0].kind.is(C::blur));
+    EXPECT_EQ(f.editor->state().selectedID, f.elements()[0].id);
+}
+
+TEST(EditorStyleCommands, ResettingAToggleReturnsToTheToolsDefault) {
+    EditorFixture f;
+    f.editor->setTool(T::arrow);
+    f.editor->setOutline(false);
+    f.editor->setTool(T::line);
+    f.editor->setTool(T::arrow);
+    EXPECT_FALSE(f.editor->state().outlineEnabled) << "remembered for arrows";
+    f.editor->resetOutlineToDefault();
+    EXPECT_TRUE(f.editor->state().outlineEnabled) << "arrows are outlined by default";
+}
+
+TEST(EditorStyleCommands, LeaderWidthStaysWithinItsLimits) {
+    EditorFixture f;
+    f.editor->setTool(T::stepBadge);
+    f.editor->pointerDown({100, 100}, false, false, false);
+    f.editor->pointerDragged({300, 300}, false, false);
+    f.editor->pointerUp();
+    const Uuid badge = f.elements()[0].id;
+    ASSERT_TRUE(f.elements()[0].style.leaderTip);
+    f.editor->adjustLeaderWidth(badge, 100);
+    EXPECT_EQ(f.elements()[0].style.leaderWidth, 60);
+    f.editor->adjustLeaderWidth(badge, -100);
+    EXPECT_EQ(f.elements()[0].style.leaderWidth, 1.5);
+}
+
+} // namespace
+} // namespace tosvar::editing
