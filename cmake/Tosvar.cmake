@@ -49,6 +49,7 @@ function(tosvar_bench name)
   add_executable(${name} ${ARG_SOURCES})
   target_compile_options(${name} PRIVATE ${TOSVAR_WARNINGS})
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} benchmark::benchmark)
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/bench/support)
 endfunction()
 
 # tosvar_fuzzer(name TEST test SOURCES ... INCLUDES ... [LINK ...] SEEDS ...)

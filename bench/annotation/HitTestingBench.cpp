@@ -3,6 +3,7 @@
 // is tested, over documents of mixed kinds where a quarter of the elements are
 // texts or badges with bent leaders, measured in the real face. Also one text
 // on its own, where measuring dominates.
+#include "QtBenchmarkMain.h"
 #include "HitTesting.h"
 #include "QtTextMeasurer.h"
 
@@ -77,11 +78,4 @@ void oneText(benchmark::State& state) {
 BENCHMARK(topmostMiss)->Arg(50)->Arg(200)->Unit(benchmark::kMicrosecond);
 BENCHMARK(oneText)->Unit(benchmark::kMicrosecond);
 
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
+int main(int argc, char** argv) { return tosvar::runQtBenchmarks<QGuiApplication>(argc, argv); }

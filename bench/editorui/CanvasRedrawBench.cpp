@@ -1,6 +1,7 @@
 // What one pointer move costs the editor's canvas on a 5120x2880 document
 // with 50 elements: a selected rectangle dragged by a pixel, and the repaint
 // of what that step can change, as the event loop runs it.
+#include "QtBenchmarkMain.h"
 #include "AnnotationCanvasView.h"
 #include "AnnotationElementClipboard.h"
 #include "MixedDocument.h"
@@ -73,11 +74,4 @@ BENCHMARK(BM_PointerMoveRedraw)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace
 
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
+int main(int argc, char** argv) { return tosvar::runQtBenchmarks<QApplication>(argc, argv); }

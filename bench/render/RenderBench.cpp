@@ -1,6 +1,7 @@
 // Flattening a 5K screenshot with 50 mixed elements (5 mosaic and 5 blur
 // regions among them), before PNG encoding, with the pixel effects spread
 // over the shared pool as the product does; and the same with its encoding.
+#include "QtBenchmarkMain.h"
 #include "AnnotationRenderer.h"
 #include "MixedDocument.h"
 #include "ParallelFor.h"
@@ -35,11 +36,4 @@ BENCHMARK(BM_Flatten)->ArgName("encoded")->Arg(0)->Arg(1)->Unit(benchmark::kMill
 
 } // namespace
 
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
+int main(int argc, char** argv) { return tosvar::runQtBenchmarks<QGuiApplication>(argc, argv); }

@@ -347,28 +347,23 @@ void AnnotationEditorController::recordIfChanged(const AnnotationSnapshot& basel
     refreshUndoState();
 }
 
-void AnnotationEditorController::performUndo() {
-    std::optional<AnnotationSnapshot> previous = undo_.undo(document_.snapshot());
-    if (!previous) return;
-    document_.apply(std::move(*previous));
+void AnnotationEditorController::performUndo() { restore(undo_.undo(document_.snapshot())); }
+
+void AnnotationEditorController::performRedo() { restore(undo_.redo(document_.snapshot())); }
+
+void AnnotationEditorController::restore(std::optional<AnnotationSnapshot> snapshot) {
+    if (!snapshot) return;
+    document_.apply(std::move(*snapshot));
     refreshUndoState();
-    std::vector<Uuid> kept;
-    for (const Uuid& id : allSelectedIDs())
-        if (element(id)) kept.push_back(id);
-    setSelection(std::nullopt, std::move(kept));
+    keepSelectionThatExists();
     changed();
 }
 
-void AnnotationEditorController::performRedo() {
-    std::optional<AnnotationSnapshot> next = undo_.redo(document_.snapshot());
-    if (!next) return;
-    document_.apply(std::move(*next));
-    refreshUndoState();
+void AnnotationEditorController::keepSelectionThatExists() {
     std::vector<Uuid> kept;
     for (const Uuid& id : allSelectedIDs())
         if (element(id)) kept.push_back(id);
     setSelection(std::nullopt, std::move(kept));
-    changed();
 }
 
 void AnnotationEditorController::beginStyleGesture() {
@@ -836,10 +831,7 @@ void AnnotationEditorController::cancelTextEdit() {
     editingText_.reset();
     if (editBaseline_) document_.apply(*editBaseline_);
     editBaseline_.reset();
-    std::vector<Uuid> kept;
-    for (const Uuid& id : allSelectedIDs())
-        if (element(id)) kept.push_back(id);
-    setSelection(std::nullopt, std::move(kept));
+    keepSelectionThatExists();
     changed();
 }
 

@@ -333,6 +333,10 @@ private:
     AnnotationElement* mutableElement(const Uuid& id);
     void changed();
     void recordIfChanged(const AnnotationSnapshot& baseline);
+    // Puts a snapshot from the history in place; none changes nothing.
+    void restore(std::optional<AnnotationSnapshot> snapshot);
+    // Drops selected ids whose elements are gone.
+    void keepSelectionThatExists();
     void refreshUndoState();
     void syncStyleControls();
     void refreshStyleToggles();

@@ -207,17 +207,9 @@ Expected<AnnotationStyleStore> AnnotationStyleStore::decode(std::string_view tex
 }
 
 AnnotationStyleStore AnnotationStyleStore::load(const DefaultsStore& store) {
-    const std::optional<DefaultsValue> value = store.value(std::string(defaultsKey));
-    if (!value) return defaults();
-    std::string text;
-    if (const auto* string = std::get_if<std::string>(&*value)) {
-        text = *string;
-    } else if (const auto* bytes = std::get_if<Bytes>(&*value)) {
-        text.assign(bytes->begin(), bytes->end());
-    } else {
-        return defaults();
-    }
-    Expected<AnnotationStyleStore> stored = decode(text);
+    const std::optional<std::string> text = store.recordText(std::string(defaultsKey));
+    if (!text) return defaults();
+    Expected<AnnotationStyleStore> stored = decode(*text);
     if (!stored) return defaults();
     for (const auto& [tool, width] : defaults().toolWidths) stored->toolWidths.try_emplace(tool, width);
     return std::move(stored).value();

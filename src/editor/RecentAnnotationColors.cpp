@@ -16,17 +16,9 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 std::vector<RGBAColor> readColors(const DefaultsStore& store) {
-    const std::optional<DefaultsValue> value = store.value(std::string(RecentAnnotationColors::defaultsKey));
-    if (!value) return {};
-    std::string text;
-    if (const auto* string = std::get_if<std::string>(&*value)) {
-        text = *string;
-    } else if (const auto* bytes = std::get_if<Bytes>(&*value)) {
-        text.assign(bytes->begin(), bytes->end());
-    } else {
-        return {};
-    }
-    const Json json = Json::parse(text, nullptr, /*allow_exceptions=*/false);
+    const std::optional<std::string> text = store.recordText(std::string(RecentAnnotationColors::defaultsKey));
+    if (!text) return {};
+    const Json json = Json::parse(*text, nullptr, /*allow_exceptions=*/false);
     if (!json.is_array()) return {};
     std::vector<RGBAColor> colors;
     for (const Json& entry : json) {

@@ -104,4 +104,12 @@ std::optional<std::string> DefaultsStore::string(const std::string& key) const {
 
 std::optional<Bytes> DefaultsStore::bytes(const std::string& key) const { return readAs(*this, key, toBytes); }
 
+std::optional<std::string> DefaultsStore::recordText(const std::string& key) const {
+    const std::optional<DefaultsValue> stored = value(key);
+    if (!stored) return std::nullopt;
+    if (const auto* text = std::get_if<std::string>(&*stored)) return *text;
+    if (const auto* data = std::get_if<Bytes>(&*stored)) return std::string(data->begin(), data->end());
+    return std::nullopt;
+}
+
 } // namespace tosvar

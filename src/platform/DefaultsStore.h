@@ -43,6 +43,9 @@ public:
     std::optional<double> real(const std::string& key) const;
     std::optional<std::string> string(const std::string& key) const;
     std::optional<Bytes> bytes(const std::string& key) const;
+    // A record kept as text: a text value, or the bytes of a data value read
+    // as text. None for anything else.
+    std::optional<std::string> recordText(const std::string& key) const;
 };
 
 // The value conversions behind the typed reads, usable on any value.

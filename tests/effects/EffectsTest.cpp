@@ -1,3 +1,4 @@
+#include "TestImages.h"
 #include "DropShadowDecorator.h"
 #include "GaussianBlur.h"
 #include "MosaicEngine.h"
@@ -46,19 +47,6 @@ ImageBuffer grey(const std::vector<std::vector<int>>& rows) {
     return std::move(image).freeze();
 }
 
-// Premultiplied noise: every channel different, colour never above alpha.
-ImageBuffer noise(int width, int height, unsigned seed) {
-    std::mt19937 random(seed);
-    std::uniform_int_distribution<int> byte(0, 255);
-    MutableImage image(width, height);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            const int a = byte(random);
-            auto upTo = [&](int limit) { return static_cast<std::uint8_t>(byte(random) * limit / 255); };
-            image.setPixel(x, y, {upTo(a), upTo(a), upTo(a), static_cast<std::uint8_t>(a)});
-        }
-    return std::move(image).freeze();
-}
 
 // Transparent, with opaque squares of `colour` at the given corners.
 ImageBuffer squares(int width, int height, const std::vector<std::pair<int, int>>& corners, int side, Rgba8 colour) {
@@ -232,7 +220,7 @@ TEST(PixelKernels, PixelationFillsEachBlockOfTheCentredGridWithItsMean) {
 }
 
 TEST(PixelKernels, EveryByteOrderIsTreatedAlike) {
-    const ImageBuffer image = noise(23, 17, 7);
+    const ImageBuffer image = noiseImage(23, 17, 7);
     const ImageBuffer pixelated = PixelKernels::pixelate(image, 4);
     const ImageBuffer blurred = PixelKernels::blur(image, 2);
     const ImageBuffer reduced = PixelKernels::blur(image, 9);
@@ -318,7 +306,7 @@ TEST(PixelKernels, BlurredCornersStayDense) {
 // Every kernel writes each part of its output from its input alone, so how
 // the work is cut and in which order the parts run cannot change a pixel.
 TEST(PixelKernels, ResultsDoNotDependOnHowTheWorkIsSplit) {
-    const ImageBuffer image = noise(203, 97, 11);
+    const ImageBuffer image = noiseImage(203, 97, 11);
     for (int parts : {2, 7, 1000}) {
         const ParallelRunner split = inParts(parts);
         for (double block : {3.0, 10.5})

@@ -1,6 +1,7 @@
 // The QPainter canvas, through the backend the renderer uses: group layers,
 // shadows, blend modes and stroke clips are emulated on top of QPainter, so
 // each is checked on the pixels it leaves.
+#include "TestImages.h"
 #include "QtDrawingBackend.h"
 #include "TestApplication.h"
 
@@ -49,19 +50,6 @@ void expectPixel(const ImageBuffer& image, int x, int y, Rgba8 expected, int tol
         << int(expected.r) << " " << int(expected.g) << " " << int(expected.b) << " " << int(expected.a);
 }
 
-// Premultiplied noise: every channel different, colour never above alpha.
-ImageBuffer noise(int width, int height, unsigned seed) {
-    std::mt19937 random(seed);
-    std::uniform_int_distribution<int> byte(0, 255);
-    MutableImage image(width, height);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            const int a = byte(random);
-            auto upTo = [&](int limit) { return static_cast<std::uint8_t>(byte(random) * limit / 255); };
-            image.setPixel(x, y, {upTo(a), upTo(a), upTo(a), static_cast<std::uint8_t>(a)});
-        }
-    return std::move(image).freeze();
-}
 
 // The box of every pixel with some alpha; empty when nothing was drawn.
 PixelRect inked(const ImageBuffer& image) {
@@ -259,7 +247,7 @@ TEST(QtPainterCanvas, RestoreBringsBackTheTransformAndAlpha) {
 }
 
 TEST(QtPainterCanvas, NearestSamplingCopiesPixelsExactly) {
-    const ImageBuffer picture = noise(16, 12, 3);
+    const ImageBuffer picture = noiseImage(16, 12, 3);
     for (PixelOrder order : {PixelOrder::rgba, PixelOrder::bgra, PixelOrder::argb, PixelOrder::abgr}) {
         SCOPED_TRACE(testing::Message() << "order " << static_cast<int>(order));
         const ImageBuffer source = picture.converted(order);
@@ -318,7 +306,7 @@ TEST(QtPainterCanvas, FinishHandsBackBgraPixelsAndCanvasesStartFromTheirBackgrou
     EXPECT_NEAR(p[2], 128, 1) << "premultiplied red";
     EXPECT_NEAR(p[3], 128, 1);
 
-    const ImageBuffer background = noise(9, 5, 8);
+    const ImageBuffer background = noiseImage(9, 5, 8);
     auto copy = QtDrawingBackend::shared().makeCanvas(background);
     ASSERT_TRUE(copy);
     EXPECT_EQ(copy->size(), (Size{9, 5}));
