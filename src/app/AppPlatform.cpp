@@ -51,7 +51,7 @@ AppPlatform::AppPlatform()
       scroll(forwardNotBuilt()),
       translation(forwardNotBuilt()),
       stickers(forwardNotBuilt()),
-      cards(forwardNotBuilt(), [this](const CaptureCardItem& item) {
+      cards([this](const CaptureCardItem& item) {
           if (onCaptureDelivered) onCaptureDelivered(item);
       }) {}
 

@@ -8,6 +8,7 @@
 #include "LocalFileManager.h"
 #include "PulseAudioCapture.h"
 #include "QProcessSettingsPageOpener.h"
+#include "QtAnnotationFileSaver.h"
 #include "QtAlertPresenter.h"
 #include "QtAudioRecordingHUD.h"
 #include "QtMainQueue.h"
@@ -76,6 +77,7 @@ struct AppPlatform {
     UnbuiltStickers stickers;
     UnbuiltCaptureCards cards;
     ScreenshotDropShadow dropShadow;
+    QtAnnotationFileSaver fileSaver;
 
 private:
     NotBuiltNotice forwardNotBuilt();

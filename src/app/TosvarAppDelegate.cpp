@@ -105,7 +105,7 @@ void TosvarAppDelegate::buildCoordinator() {
         .textRecognition = p.cards,
         .screenCapturePermission = p.screenPermission,
         .fullScreen = p.fullScreen,
-        .fileSaver = p.cards,
+        .fileSaver = p.fileSaver,
         .thumbnailer = p.cards,
     });
     coordinator_->onRecordingStateChange = [this] {

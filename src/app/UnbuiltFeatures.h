@@ -1,6 +1,5 @@
 #pragma once
 
-#include "AnnotationFileSaver.h"
 #include "CaptureCardController.h"
 #include "MediaThumbnailer.h"
 #include "PinnedImageManager.h"
@@ -117,11 +116,9 @@ private:
 // each capture (to say where it went); no text is read.
 class UnbuiltCaptureCards final : public CaptureCardController,
                                   public TextRecognition,
-                                  public AnnotationFileSaver,
                                   public MediaThumbnailer {
 public:
-    UnbuiltCaptureCards(NotBuiltNotice notBuilt, std::function<void(const CaptureCardItem&)> onDelivered)
-        : notBuilt_(std::move(notBuilt)), onDelivered_(std::move(onDelivered)) {}
+    explicit UnbuiltCaptureCards(std::function<void(const CaptureCardItem&)> onDelivered) : onDelivered_(std::move(onDelivered)) {}
     CaptureCardHandle show(const CaptureCardItem& item, const AppSettings&, const std::optional<ScreenInfo>&) override
     {
         onDelivered_(item);
@@ -133,11 +130,9 @@ public:
     {
         completion(std::nullopt);
     }
-    void save(const Bytes&) override { notBuilt_("the editor"); }
     std::optional<Bytes> firstFramePNG(const std::filesystem::path&) const override { return std::nullopt; }
 
 private:
-    NotBuiltNotice notBuilt_;
     std::function<void(const CaptureCardItem&)> onDelivered_;
 };
 
