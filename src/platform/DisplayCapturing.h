@@ -26,12 +26,7 @@ public:
     virtual std::optional<ImageBuffer> captureWindow(std::uint32_t /*windowID*/) { return std::nullopt; }
 
     // The display whose frame holds the pointer; none when no display does.
-    std::optional<CapturedDisplay> captureScreenUnderCursor(const ScreenLayout& layout) {
-        const Point mouse = layout.mouseLocation();
-        for (const ScreenInfo& screen : layout.screens())
-            if (screen.frame.contains(mouse)) return capture(screen);
-        return std::nullopt;
-    }
+    std::optional<CapturedDisplay> captureScreenUnderCursor(const ScreenLayout& layout);
 };
 
 } // namespace tosvar

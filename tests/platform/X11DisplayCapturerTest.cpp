@@ -2,6 +2,7 @@
 // place the screen layout says it is.
 #include "QtScreenLayout.h"
 #include "SolidWindow.h"
+#include "DisplayGrabber.h"
 #include "X11DisplayCapturer.h"
 #include "XvfbServer.h"
 
@@ -11,6 +12,9 @@
 #include <QWidget>
 
 #include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <xcb/xcb.h>
 
 using namespace tosvar;
 
@@ -43,4 +47,51 @@ TEST(X11DisplayCapturer, GrabsTheDisplayUnderThePointer) {
     EXPECT_EQ(grab->image.pixel(139, 139), (Rgba8{20, 160, 90, 255}));
     EXPECT_NE(grab->image.pixel(140, 140), (Rgba8{20, 160, 90, 255}));
     EXPECT_TRUE(grab->image.isOpaque());
+}
+
+namespace {
+
+// Paints blocks of colour straight onto the root window of `display`.
+void paintRoot(const std::string& display, int width, int height) {
+    xcb_connection_t* xcb = xcb_connect(display.c_str(), nullptr);
+    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(xcb)).data;
+    const xcb_gcontext_t gc = xcb_generate_id(xcb);
+    xcb_create_gc(xcb, gc, screen->root, 0, nullptr);
+    for (int y = 0; y < height; y += 50)
+        for (int x = 0; x < width; x += 50) {
+            const std::uint32_t colour = static_cast<std::uint32_t>((x * 7 + y * 13) % 256) << 16 |
+                                         static_cast<std::uint32_t>((x * 3) % 256) << 8 | static_cast<std::uint32_t>(y % 256);
+            xcb_change_gc(xcb, gc, XCB_GC_FOREGROUND, &colour);
+            const xcb_rectangle_t block{static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), 50, 50};
+            xcb_poly_fill_rectangle(xcb, screen->root, gc, 1, &block);
+        }
+    xcb_free_gc(xcb, gc);
+    std::free(xcb_get_input_focus_reply(xcb, xcb_get_input_focus(xcb), nullptr)); // a round trip: all drawn
+    xcb_disconnect(xcb);
+}
+
+} // namespace
+
+// Two monitors laid side by side on one X screen (Xvfb offers one RandR
+// monitor, so the layout says where they are): each one frozen is exactly
+// its part of the root.
+TEST(X11DisplayCapturer, EachMonitorFrozenIsItsPartOfTheRoot) {
+    XvfbServer server(1200, 500);
+    paintRoot(server.display(), 1200, 500);
+    // The main monitor is 700x500 at the left; the second 500x400 beside it,
+    // top-aligned. Screen points have their origin at the main one's bottom left.
+    const Rect main(0, 0, 700, 500);
+    const std::vector<ScreenInfo> monitors{{main, main, 1}, {{700, 100, 500, 400}, {700, 100, 500, 400}, 1}};
+    const ScreenInfo wholeRoot{{0, 0, 1200, 500}, {0, 0, 1200, 500}, 1};
+    X11DisplayCapturer capturer(main, server.display());
+    ASSERT_TRUE(capturer.isConnected());
+    const std::optional<CapturedDisplay> root = capturer.capture(wholeRoot);
+    ASSERT_TRUE(root);
+    const auto grabs = DisplayGrabber::grab(capturer, DisplayGrabber::targets(monitors));
+    ASSERT_TRUE(grabs[0] && grabs[1]);
+    EXPECT_TRUE(grabs[0]->image.samePixels(root->image.cropped({0, 0, 700, 500})));
+    EXPECT_TRUE(grabs[1]->image.samePixels(root->image.cropped({700, 0, 500, 400})));
+    EXPECT_NE(grabs[1]->image.pixel(10, 10), grabs[1]->image.pixel(60, 60)) << "the root shows its blocks";
+    EXPECT_EQ(grabs[1]->image.width(), 500);
+    EXPECT_DOUBLE_EQ(grabs[1]->scale, 1);
 }

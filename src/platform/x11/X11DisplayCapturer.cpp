@@ -8,9 +8,7 @@
 #include <xcb/shm.h>
 #include <xcb/xcb.h>
 
-#include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -100,7 +98,6 @@ std::optional<CapturedDisplay> X11DisplayCapturer::capture(const ScreenInfo& scr
         logLine("display grab: a " + std::to_string(c.depth) + "-bit screen is not supported");
         return std::nullopt;
     }
-    const auto started = std::chrono::steady_clock::now();
     const Rect global = ScreenCoordinates::toGlobal(screen.frame, mainGlobalFrame_);
     const double scale = screen.backingScale > 0 ? screen.backingScale : 1;
     const PixelRect area = PixelRect{static_cast<int>(std::lround(global.minX() * scale)),
@@ -126,11 +123,11 @@ std::optional<CapturedDisplay> X11DisplayCapturer::capture(const ScreenInfo& scr
         // Without shared memory: the plain request on the area of the root.
         if (std::optional<ImageBuffer> plain = getImage(c.xcb, c.root, area, false)) image = *plain;
     }
-    const double ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - started).count();
-    char line[96];
-    std::snprintf(line, sizeof line, "display grab: root=%.0fms%s", ms, image.isEmpty() ? " (failed)" : "");
-    logLine(line);
-    if (image.isEmpty()) return std::nullopt;
+    if (image.isEmpty()) {
+        logLine("display grab: the X server gave no image of " + std::to_string(area.width) + "x" + std::to_string(area.height) +
+                " at " + std::to_string(area.x) + "," + std::to_string(area.y));
+        return std::nullopt;
+    }
     return CapturedDisplay{image, screen, static_cast<double>(area.width) / std::max(1.0, screen.frame.width())};
 }
 
