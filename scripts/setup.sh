@@ -24,6 +24,8 @@ packages=(
   # running and driving the application headless
   pulseaudio pulseaudio-utils
   xvfb xauth trayer xdotool xclip x11-utils x11-xserver-utils dbus dbus-x11 fonts-dejavu-core
+  # a small window manager, for the tests of windows as a desktop arranges them
+  openbox
   # the accessibility bus, for element detection
   at-spi2-core
   # the face annotation text is measured and drawn in

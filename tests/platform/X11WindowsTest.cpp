@@ -1,5 +1,7 @@
 // The window list and window grabs against windows Qt puts on the server.
+#include "ChildProcess.h"
 #include "SolidWindow.h"
+#include "WindowPicking.h"
 #include "X11DisplayCapturer.h"
 #include "X11WindowList.h"
 
@@ -59,4 +61,62 @@ TEST(X11Windows, ListsWindowsFrontToBackAndGrabsOneByItsId) {
     EXPECT_EQ(image->width(), 100);
     EXPECT_EQ(image->height(), 60);
     EXPECT_FALSE(capturer.captureWindow(0x7fffff)) << "no such window";
+}
+
+namespace {
+
+// A window of one colour that the window manager frames and stacks.
+std::unique_ptr<QWidget> showManagedWindow(const QRect& geometry, const QColor& colour) {
+    auto window = std::make_unique<QWidget>();
+    QPalette palette;
+    palette.setColor(QPalette::Window, colour);
+    window->setPalette(palette);
+    window->setAutoFillBackground(true);
+    window->setGeometry(geometry);
+    window->show();
+    return window;
+}
+
+} // namespace
+
+// With a window manager: the list has the managed windows front to back in
+// their frames, the window under a point is the front one there, and a window
+// half covered by another is still grabbed whole.
+TEST(X11Windows, UnderAWindowManagerThePointFindsTheFrontWindowAndACoveredOneGrabsWhole) {
+    xvfbApplication();
+    ChildProcess manager({"openbox"});
+    ASSERT_TRUE(manager.started()) << "openbox is missing (scripts/setup.sh installs it)";
+    // Made before any window is covered, so every window keeps its own pixels.
+    X11DisplayCapturer capturer(Rect(0, 0, 1280, 800));
+    X11WindowList list;
+    const auto back = showManagedWindow(QRect(100, 100, 300, 200), QColor(30, 170, 60));
+    ASSERT_TRUE(waitFor([&] {
+        for (const WindowInfo& w : list.onScreenWindows())
+            if (w.id == static_cast<std::uint32_t>(back->winId()) && w.layer == WindowLevel::normal) return true;
+        return false;
+    })) << "the manager never took the window";
+    const auto front = showManagedWindow(QRect(250, 180, 300, 200), QColor(200, 30, 30));
+    front->raise();
+    const auto backID = static_cast<std::uint32_t>(back->winId());
+    const auto frontID = static_cast<std::uint32_t>(front->winId());
+
+    std::vector<PickableWindow> windows;
+    ASSERT_TRUE(waitFor([&] {
+        const WindowPicking::ListingContext context{{0, 0, 1280, 800}, 800, {{0, 0, 1280, 800}}, 0, {}};
+        windows = WindowPicking::onScreenWindowRects(list.onScreenWindows(), context);
+        const auto at = WindowPicking::windowAt({300, 800 - 250.0}, windows);
+        return at && at->id == frontID;
+    })) << "the front window is not the one under the overlap";
+    const auto backOnly = WindowPicking::windowAt({150, 800 - 150.0}, windows);
+    ASSERT_TRUE(backOnly);
+    EXPECT_EQ(backOnly->id, backID);
+    EXPECT_GE(backOnly->fullRect.width(), 300) << "the frame is part of the window";
+
+    std::optional<ImageBuffer> image;
+    ASSERT_TRUE(waitFor([&] {
+        image = capturer.captureWindow(backID);
+        return image && image->pixel(5, 5) == (Rgba8{30, 170, 60, 255});
+    }));
+    EXPECT_EQ(image->width(), 300);
+    EXPECT_EQ(image->pixel(250, 150), (Rgba8{30, 170, 60, 255})) << "the part the front window covers";
 }

@@ -84,6 +84,18 @@ X11DisplayCapturer::X11DisplayCapturer(Rect mainGlobalFrame, const std::string& 
     xcb_shm_query_version_reply_t* version = xcb_shm_query_version_reply(c.xcb, xcb_shm_query_version(c.xcb), nullptr);
     c.shm = version != nullptr;
     std::free(version);
+    // Every window kept in a pixmap of its own from now on, so a window that
+    // gets covered can still be grabbed whole. The redirect lasts as long as
+    // this connection; the server goes on painting the screen as before.
+    xcb_composite_query_version_reply_t* composite =
+        xcb_composite_query_version_reply(c.xcb, xcb_composite_query_version(c.xcb, 0, 4), nullptr);
+    if (composite) {
+        xcb_composite_redirect_subwindows(c.xcb, c.root, XCB_COMPOSITE_REDIRECT_AUTOMATIC);
+        xcb_flush(c.xcb);
+    } else {
+        logLine("windowGrab: the X server has no Composite extension; covered windows are grabbed as seen");
+    }
+    std::free(composite);
 }
 
 X11DisplayCapturer::~X11DisplayCapturer() = default;
