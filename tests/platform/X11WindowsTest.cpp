@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <unistd.h>
 
 using namespace tosvar;
@@ -86,15 +87,27 @@ TEST(X11Windows, UnderAWindowManagerThePointFindsTheFrontWindowAndACoveredOneGra
     xvfbApplication();
     ChildProcess manager({"openbox"});
     ASSERT_TRUE(manager.started()) << "openbox is missing (scripts/setup.sh installs it)";
+    ASSERT_TRUE(waitFor([] { return std::system("xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'") == 0; }))
+        << "the window manager never came up";
+    // It names itself before it takes over the screen; give it that moment.
+    QElapsedTimer settle;
+    settle.start();
+    while (settle.elapsed() < 500) QApplication::processEvents(QEventLoop::AllEvents, 20);
     // Made before any window is covered, so every window keeps its own pixels.
     X11DisplayCapturer capturer(Rect(0, 0, 1280, 800));
     X11WindowList list;
     const auto back = showManagedWindow(QRect(100, 100, 300, 200), QColor(30, 170, 60));
     ASSERT_TRUE(waitFor([&] {
         for (const WindowInfo& w : list.onScreenWindows())
-            if (w.id == static_cast<std::uint32_t>(back->winId()) && w.layer == WindowLevel::normal) return true;
+            if (w.id == static_cast<std::uint32_t>(back->winId()) && w.bounds.height() > 200) return true;
         return false;
-    })) << "the manager never took the window";
+    })) << "the manager never framed the window: " << [&] {
+        std::string listed;
+        for (const WindowInfo& w : list.onScreenWindows())
+            listed += std::to_string(w.id) + " " + std::to_string(w.bounds.minX()) + "," + std::to_string(w.bounds.minY()) + " " +
+                      std::to_string(w.bounds.width()) + "x" + std::to_string(w.bounds.height()) + "; ";
+        return listed + " back=" + std::to_string(back->winId());
+    }();
     const auto front = showManagedWindow(QRect(250, 180, 300, 200), QColor(200, 30, 30));
     front->raise();
     const auto backID = static_cast<std::uint32_t>(back->winId());
@@ -112,11 +125,16 @@ TEST(X11Windows, UnderAWindowManagerThePointFindsTheFrontWindowAndACoveredOneGra
     EXPECT_EQ(backOnly->id, backID);
     EXPECT_GE(backOnly->fullRect.width(), 300) << "the frame is part of the window";
 
+    // The grab is the window as it shows, frame and all, as large as the list says.
+    const int frameLeft = static_cast<int>(100 - backOnly->fullRect.minX());
+    const int frameTop = static_cast<int>(backOnly->fullRect.maxY() - (800 - 100));
     std::optional<ImageBuffer> image;
     ASSERT_TRUE(waitFor([&] {
         image = capturer.captureWindow(backID);
-        return image && image->pixel(5, 5) == (Rgba8{30, 170, 60, 255});
+        return image && image->pixel(frameLeft + 20, frameTop + 20) == (Rgba8{30, 170, 60, 255});
     }));
-    EXPECT_EQ(image->width(), 300);
-    EXPECT_EQ(image->pixel(250, 150), (Rgba8{30, 170, 60, 255})) << "the part the front window covers";
+    EXPECT_GT(frameTop, 0) << "a title bar above the window";
+    EXPECT_EQ(image->width(), static_cast<int>(backOnly->fullRect.width()));
+    EXPECT_EQ(image->height(), static_cast<int>(backOnly->fullRect.height()));
+    EXPECT_EQ(image->pixel(frameLeft + 250, frameTop + 150), (Rgba8{30, 170, 60, 255})) << "the part the front window covers";
 }

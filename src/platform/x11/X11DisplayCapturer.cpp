@@ -143,13 +143,33 @@ std::optional<CapturedDisplay> X11DisplayCapturer::capture(const ScreenInfo& scr
     return CapturedDisplay{image, screen, static_cast<double>(area.width) / std::max(1.0, screen.frame.width())};
 }
 
-std::optional<ImageBuffer> X11DisplayCapturer::captureWindow(std::uint32_t windowID) {
+namespace {
+
+// The child of the root that holds `window`: the frame a window manager put
+// around it, or the window itself when it has none.
+xcb_window_t topLevel(xcb_connection_t* xcb, xcb_window_t root, xcb_window_t window) {
+    for (int depth = 0; depth < 16; ++depth) {
+        xcb_query_tree_reply_t* tree = xcb_query_tree_reply(xcb, xcb_query_tree(xcb, window), nullptr);
+        if (!tree) return window;
+        const xcb_window_t parent = tree->parent;
+        std::free(tree);
+        if (parent == root || parent == XCB_NONE) return window;
+        window = parent;
+    }
+    return window;
+}
+
+} // namespace
+
+std::optional<ImageBuffer> X11DisplayCapturer::captureWindow(std::uint32_t clientID) {
     const std::lock_guard lock(mutex_);
     if (!isConnected()) return std::nullopt;
     xcb_connection_t* xcb = connection_->xcb;
+    // The window as it shows: with the frame its manager drew round it.
+    const xcb_window_t windowID = topLevel(xcb, connection_->root, clientID);
     xcb_get_geometry_reply_t* geometry = xcb_get_geometry_reply(xcb, xcb_get_geometry(xcb, windowID), nullptr);
     if (!geometry) {
-        logLine("windowGrab id=" + std::to_string(windowID) + " unknown window → frozen-crop fallback");
+        logLine("windowGrab id=" + std::to_string(clientID) + " unknown window → frozen-crop fallback");
         return std::nullopt;
     }
     const int width = geometry->width, height = geometry->height;
@@ -171,10 +191,11 @@ std::optional<ImageBuffer> X11DisplayCapturer::captureWindow(std::uint32_t windo
     const char* path = image ? "composite pixmap" : "window area";
     if (!image) image = getImage(xcb, windowID, {0, 0, width, height}, keepAlpha);
     if (!image) {
-        logLine("windowGrab id=" + std::to_string(windowID) + " grab failed → frozen-crop fallback");
+        logLine("windowGrab id=" + std::to_string(clientID) + " grab failed → frozen-crop fallback");
         return std::nullopt;
     }
-    logLine("windowGrab id=" + std::to_string(windowID) + " " + path + " image=" + std::to_string(width) + "x" +
+    logLine("windowGrab id=" + std::to_string(clientID) + (windowID != clientID ? " (framed)" : "") + " " + path + " image=" +
+            std::to_string(width) + "x" +
             std::to_string(height) + " ok");
     return image;
 }

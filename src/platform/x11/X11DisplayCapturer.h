@@ -25,7 +25,7 @@ public:
     std::optional<CapturedDisplay> capture(const ScreenInfo& screen) override;
     // The window's own pixels: its offscreen pixmap where a compositing
     // manager keeps one (with its alpha), else its area on screen.
-    std::optional<ImageBuffer> captureWindow(std::uint32_t windowID) override;
+    std::optional<ImageBuffer> captureWindow(std::uint32_t clientID) override;
 
 private:
     struct Connection;

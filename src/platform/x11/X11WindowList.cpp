@@ -113,8 +113,16 @@ std::vector<WindowInfo> X11WindowList::onScreenWindows() {
         info.layer = c.level(*window, attributes->override_redirect != 0);
         if (auto opacity = c.cardinals(*window, "_NET_WM_WINDOW_OPACITY", XCB_ATOM_CARDINAL); opacity && !opacity->empty())
             info.alpha = opacity->front() / 4294967295.0;
-        info.bounds = Rect(origin->dst_x / scale_, origin->dst_y / scale_, geometry->width / scale_,
-                           geometry->height / scale_);
+        // A managed window is what the user sees of it: its frame included.
+        double left = 0, right = 0, top = 0, bottom = 0;
+        if (auto extents = c.cardinals(*window, "_NET_FRAME_EXTENTS", XCB_ATOM_CARDINAL); extents && extents->size() == 4) {
+            left = (*extents)[0];
+            right = (*extents)[1];
+            top = (*extents)[2];
+            bottom = (*extents)[3];
+        }
+        info.bounds = Rect((origin->dst_x - left) / scale_, (origin->dst_y - top) / scale_, (geometry->width + left + right) / scale_,
+                           (geometry->height + top + bottom) / scale_);
         list.push_back(info);
     }
     return list;
