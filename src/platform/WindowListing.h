@@ -3,6 +3,7 @@
 #include "Rect.h"
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace tosvar {
@@ -23,6 +24,14 @@ inline constexpr int normal = 0;
 inline constexpr int dock = 20;
 inline constexpr int menu = 101;
 inline constexpr int screenSaver = 1000;
+// Below every window: a desktop, which is never a pick target.
+inline constexpr int desktop = -1;
+
+// The level of a window from its `_NET_WM_WINDOW_TYPE` names, in the
+// window's order of preference: the first dock, menu-like or desktop type
+// decides. Otherwise a window that bypasses the window manager counts as a
+// menu, whatever type it names, and any other as a normal window.
+int forTypes(const std::vector<std::string>& typeNames, bool overrideRedirect);
 } // namespace WindowLevel
 
 // The windows on screen, front to back.

@@ -1,4 +1,5 @@
 #include "DisplayGrabber.h"
+#include "WindowListing.h"
 
 #include "Log.h"
 
@@ -85,6 +86,34 @@ TEST(DisplayGrabber, GrabAllLeavesOutTheDisplaysThatFailed) {
     const std::optional<CapturedDisplay> under = displays.captureScreenUnderCursor(layout);
     ASSERT_TRUE(under);
     EXPECT_EQ(under->screen, threeScreens[2]) << "the pointer stands on the display left of the main one";
+}
+
+} // namespace
+} // namespace tosvar
+
+namespace tosvar {
+namespace {
+
+TEST(WindowLevel, TheWindowsFirstKnownTypeDecides) {
+    struct Row {
+        std::vector<std::string> types;
+        bool overrideRedirect;
+        int level;
+    };
+    const Row rows[] = {
+        {{}, false, WindowLevel::normal},
+        {{}, true, WindowLevel::menu},
+        {{"_NET_WM_WINDOW_TYPE_DOCK"}, false, WindowLevel::dock},
+        {{"_NET_WM_WINDOW_TYPE_POPUP_MENU"}, false, WindowLevel::menu},
+        {{"_NET_WM_WINDOW_TYPE_TOOLTIP"}, true, WindowLevel::menu},
+        {{"_NET_WM_WINDOW_TYPE_DESKTOP"}, false, WindowLevel::desktop},
+        {{"_NET_WM_WINDOW_TYPE_NORMAL"}, true, WindowLevel::menu},
+        {{"_NET_WM_WINDOW_TYPE_NORMAL"}, false, WindowLevel::normal},
+        {{"_NET_WM_WINDOW_TYPE_DIALOG", "_NET_WM_WINDOW_TYPE_DOCK"}, false, WindowLevel::dock},
+        {{"_NET_WM_WINDOW_TYPE_POPUP_MENU", "_NET_WM_WINDOW_TYPE_DOCK"}, false, WindowLevel::menu},
+        {{"_SOMETHING_ELSE"}, false, WindowLevel::normal},
+    };
+    for (const Row& row : rows) EXPECT_EQ(WindowLevel::forTypes(row.types, row.overrideRedirect), row.level) << ::testing::PrintToString(row.types);
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 #include <xcb/xcb.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -29,6 +28,7 @@ struct X11WindowList::Connection {
     xcb_connection_t* xcb = nullptr;
     xcb_window_t root = 0;
     std::map<std::string, xcb_atom_t> atoms;
+    std::map<xcb_atom_t, std::string> names;
 
     ~Connection() {
         if (xcb) xcb_disconnect(xcb);
@@ -61,22 +61,20 @@ struct X11WindowList::Connection {
         return {children, children + xcb_query_tree_children_length(tree.get())};
     }
 
+    std::string atomName(xcb_atom_t atom) {
+        if (auto found = names.find(atom); found != names.end()) return found->second;
+        auto reply = owned(xcb_get_atom_name_reply(xcb, xcb_get_atom_name(xcb, atom), nullptr));
+        std::string name = reply ? std::string(xcb_get_atom_name_name(reply.get()), static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get())))
+                                 : std::string();
+        names.emplace(atom, name);
+        return name;
+    }
+
     int level(xcb_window_t window, bool overrideRedirect) {
-        static const std::array<std::pair<const char*, int>, 8> types{{
-            {"_NET_WM_WINDOW_TYPE_DOCK", WindowLevel::dock},
-            {"_NET_WM_WINDOW_TYPE_MENU", WindowLevel::menu},
-            {"_NET_WM_WINDOW_TYPE_DROPDOWN_MENU", WindowLevel::menu},
-            {"_NET_WM_WINDOW_TYPE_POPUP_MENU", WindowLevel::menu},
-            {"_NET_WM_WINDOW_TYPE_TOOLTIP", WindowLevel::menu},
-            {"_NET_WM_WINDOW_TYPE_COMBO", WindowLevel::menu},
-            {"_NET_WM_WINDOW_TYPE_NOTIFICATION", WindowLevel::menu},
-            {"_NET_WM_WINDOW_TYPE_DESKTOP", -1},
-        }};
-        if (auto kinds = cardinals(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM)) {
-            for (const auto& [name, value] : types)
-                if (std::find(kinds->begin(), kinds->end(), atom(name)) != kinds->end()) return value;
-        }
-        return overrideRedirect ? WindowLevel::menu : WindowLevel::normal;
+        std::vector<std::string> types;
+        if (auto kinds = cardinals(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM))
+            for (std::uint32_t kind : *kinds) types.push_back(atomName(kind));
+        return WindowLevel::forTypes(types, overrideRedirect);
     }
 };
 
