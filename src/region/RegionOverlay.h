@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CaptureModeShortcuts.h"
 #include "DisplayCapturing.h"
 #include "RegionScreenshotController.h"
 
@@ -10,9 +11,6 @@
 #include <string>
 
 namespace tosvar {
-
-// What a session is for; every mode picks a region the same way.
-enum class RegionCaptureMode { annotate, captureText, record, scrollCapture, translate };
 
 // How an overlay ends the session: one of these runs, once.
 struct RegionOverlayCallbacks {
@@ -48,7 +46,7 @@ class RegionOverlayFactory {
 public:
     virtual ~RegionOverlayFactory() = default;
     virtual std::unique_ptr<RegionOverlay> make(const ScreenInfo& screen, const std::optional<CapturedDisplay>& frozen,
-                                                RegionCaptureMode mode, RegionOverlayCallbacks callbacks) = 0;
+                                                ScreenshotOverlayMode mode, RegionOverlayCallbacks callbacks) = 0;
 };
 
 } // namespace tosvar

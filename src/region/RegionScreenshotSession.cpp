@@ -29,25 +29,25 @@ std::shared_ptr<RegionScreenshotSession> RegionScreenshotSession::make(Services 
 void RegionScreenshotSession::capture(std::function<void(const RegionAnnotationOutcome&)> onResult) {
     RegionOverlayCallbacks callbacks;
     callbacks.onFinish = std::move(onResult);
-    begin(RegionCaptureMode::annotate, std::move(callbacks));
+    begin(ScreenshotOverlayMode::annotate, std::move(callbacks));
 }
 
 void RegionScreenshotSession::captureText(std::function<void(const std::optional<std::string>& text)> onText) {
     RegionOverlayCallbacks callbacks;
     callbacks.onTextCaptured = std::move(onText);
-    begin(RegionCaptureMode::captureText, std::move(callbacks));
+    begin(ScreenshotOverlayMode::captureText, std::move(callbacks));
 }
 
 void RegionScreenshotSession::translateRegion(std::function<void(const Bytes& png, const Rect& rect)> onImage) {
     RegionOverlayCallbacks callbacks;
     callbacks.onRegionTranslate = std::move(onImage);
-    begin(RegionCaptureMode::translate, std::move(callbacks));
+    begin(ScreenshotOverlayMode::translate, std::move(callbacks));
 }
 
 void RegionScreenshotSession::pickScrollRegion(std::function<void(const Rect& rect, std::optional<std::uint32_t> windowID)> onPicked) {
     RegionOverlayCallbacks callbacks;
     callbacks.onScrollRegion = std::move(onPicked);
-    begin(RegionCaptureMode::scrollCapture, std::move(callbacks));
+    begin(ScreenshotOverlayMode::scrollCapture, std::move(callbacks));
 }
 
 bool RegionScreenshotSession::hasOpenMenu(const std::vector<WindowInfo>& list) const {
@@ -56,7 +56,7 @@ bool RegionScreenshotSession::hasOpenMenu(const std::vector<WindowInfo>& list) c
     return false;
 }
 
-void RegionScreenshotSession::begin(RegionCaptureMode mode, RegionOverlayCallbacks callbacks) {
+void RegionScreenshotSession::begin(ScreenshotOverlayMode mode, RegionOverlayCallbacks callbacks) {
     if (isActive()) return; // a request during a session does nothing
     if (!s_.permission.isGranted()) {
         s_.permission.request();
@@ -147,7 +147,7 @@ void RegionScreenshotSession::begin(RegionCaptureMode mode, RegionOverlayCallbac
     });
 }
 
-void RegionScreenshotSession::presentOverlays(RegionCaptureMode mode, RegionOverlayCallbacks callbacks,
+void RegionScreenshotSession::presentOverlays(ScreenshotOverlayMode mode, RegionOverlayCallbacks callbacks,
                                               const std::vector<std::optional<CapturedDisplay>>& frozen, bool menuPath) {
     if (isActive()) return;
     ++generation_;
@@ -178,7 +178,7 @@ void RegionScreenshotSession::presentOverlays(RegionCaptureMode mode, RegionOver
     wrapped.onSwitchToAudio = once(callbacks.onSwitchToAudio);
     wrapped.onSwitchToPresentation = once(callbacks.onSwitchToPresentation);
     finishAsCancelled_ = [finish = wrapped.onFinish, text = wrapped.onTextCaptured, mode] {
-        if (mode == RegionCaptureMode::captureText) text(std::nullopt);
+        if (mode == ScreenshotOverlayMode::captureText) text(std::nullopt);
         else finish({AnnotationResult::cancelled(), std::nullopt, true, 1});
     };
 

@@ -58,9 +58,9 @@ public:
 private:
     explicit RegionScreenshotSession(Services services) : s_(std::move(services)) {}
 
-    void begin(RegionCaptureMode mode, RegionOverlayCallbacks callbacks);
+    void begin(ScreenshotOverlayMode mode, RegionOverlayCallbacks callbacks);
     bool hasOpenMenu(const std::vector<WindowInfo>& list) const;
-    void presentOverlays(RegionCaptureMode mode, RegionOverlayCallbacks callbacks,
+    void presentOverlays(ScreenshotOverlayMode mode, RegionOverlayCallbacks callbacks,
                          const std::vector<std::optional<CapturedDisplay>>& frozen, bool menuPath);
     void attachCaptures(const std::vector<std::optional<CapturedDisplay>>& captures);
     void grantKeyFocus();

@@ -62,7 +62,7 @@ struct RecordingOverlay final : RegionOverlay {
 struct RecordingOverlays final : RegionOverlayFactory {
     std::vector<RecordingOverlay*> made; // owned by the session while it stands
     std::vector<std::string> events;
-    std::unique_ptr<RegionOverlay> make(const ScreenInfo& screen, const std::optional<CapturedDisplay>& frozen, RegionCaptureMode,
+    std::unique_ptr<RegionOverlay> make(const ScreenInfo& screen, const std::optional<CapturedDisplay>& frozen, ScreenshotOverlayMode,
                                         RegionOverlayCallbacks callbacks) override {
         auto overlay = std::make_unique<RecordingOverlay>();
         overlay->screen = screen;
