@@ -4,7 +4,11 @@
 #include "FfmpegMovieEncoder.h"
 #include "LocalizationManager.h"
 #include "SettingsStore.h"
+#include "ScreenshotToast.h"
 #include "WorkerPool.h"
+
+#include <QApplication>
+#include <unistd.h>
 
 #include <cstdlib>
 
@@ -45,7 +49,19 @@ AppPlatform::AppPlatform()
           .temporaryDirectory = std::filesystem::temp_directory_path(),
       })),
       audioHUD([](const std::string& key) { return localize(key); }),
-      region(forwardNotBuilt()),
+      overlays(windowList, [] { return QtScreenLayout::mainGlobalFrame(); }, ::getpid()),
+      region(RegionScreenshotSession::make({
+          .displays = displays,
+          .layout = screens,
+          .windows = windowList,
+          .overlays = overlays,
+          .permission = screenPermission,
+          .queue = mainQueue,
+          .runDetached = [](std::function<void()> work) { WorkerPool::shared().detach(std::move(work)); },
+          .beep = [] { QApplication::beep(); },
+          .toast = [](std::string_view key, double seconds) { ScreenshotToast::show(QString::fromStdString(localize(std::string(key))), seconds); },
+          .ownPID = ::getpid(),
+      })),
       recording(forwardNotBuilt()),
       presentation(forwardNotBuilt()),
       scroll(forwardNotBuilt()),

@@ -13,8 +13,10 @@
 #include "QtAudioRecordingHUD.h"
 #include "QtMainQueue.h"
 #include "QtPasteboard.h"
+#include "QtRegionOverlay.h"
 #include "QtScreenLayout.h"
 #include "QtWorkspace.h"
+#include "RegionScreenshotSession.h"
 #include "ScreenRecordingPermission.h"
 #include "ScreenshotDropShadow.h"
 #include "SystemPermissions.h"
@@ -22,6 +24,7 @@
 #include "X11DisplayCapturer.h"
 #include "X11HotkeyGrabber.h"
 #include "X11KeyboardConnection.h"
+#include "X11WindowList.h"
 #include "XdgFileTrash.h"
 
 #include <memory>
@@ -69,7 +72,9 @@ struct AppPlatform {
     std::shared_ptr<AudioRecorder> audio;
     QtAudioRecordingHUD audioHUD;
 
-    UnbuiltRegionCapture region;
+    X11WindowList windowList;
+    QtRegionOverlayFactory overlays;
+    std::shared_ptr<RegionScreenshotSession> region;
     UnbuiltRecording recording;
     UnbuiltPresentation presentation;
     UnbuiltScrollCapture scroll;

@@ -91,7 +91,7 @@ void TosvarAppDelegate::buildCoordinator() {
         .screens = p.screens,
         .workspace = p.workspace,
         .deletion = p.deletion,
-        .region = p.region,
+        .region = *p.region,
         .recording = p.recording,
         .audio = *p.audio,
         .audioHUD = p.audioHUD,

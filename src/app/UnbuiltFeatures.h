@@ -22,21 +22,6 @@ namespace tosvar {
 // They go away one by one as the features arrive.
 using NotBuiltNotice = std::function<void(const std::string& feature)>;
 
-class UnbuiltRegionCapture final : public RegionScreenshotController {
-public:
-    explicit UnbuiltRegionCapture(NotBuiltNotice notBuilt) : notBuilt_(std::move(notBuilt)) {}
-    void capture(std::function<void(const RegionAnnotationOutcome&)>) override { notBuilt_("region capture"); }
-    void captureText(std::function<void(const std::optional<std::string>&)>) override { notBuilt_("text capture"); }
-    void translateRegion(std::function<void(const Bytes&, const Rect&)>) override { notBuilt_("translation"); }
-    void pickScrollRegion(std::function<void(const Rect&, std::optional<std::uint32_t>)>) override
-    {
-        notBuilt_("scrolling capture");
-    }
-
-private:
-    NotBuiltNotice notBuilt_;
-};
-
 class UnbuiltRecording final : public RecordingController {
 public:
     explicit UnbuiltRecording(NotBuiltNotice notBuilt) : notBuilt_(std::move(notBuilt)) {}

@@ -159,8 +159,11 @@ void RegionScreenshotSession::presentOverlays(ScreenshotOverlayMode mode, Region
             auto self = weak.lock();
             if (!self || self->finished_) return;
             self->finished_ = true;
+            // The overlay running this closure goes when the session is
+            // dismissed, so what it needs is copied first.
+            const std::function<void(Arguments...)> deliver = callback;
             self->dismiss();
-            if (callback) callback(arguments...);
+            if (deliver) deliver(arguments...);
         });
     };
     // A mode this session did not begin in ends through the session-level callback.
@@ -208,8 +211,7 @@ void RegionScreenshotSession::attachCaptures(const std::vector<std::optional<Cap
             continue;
         }
         logLine("display " + std::to_string(i + 1) + " failed to freeze — dropping its overlay");
-        overlay->orderOut();
-        overlay.reset();
+        retire(std::move(overlay));
     }
 }
 
@@ -234,19 +236,25 @@ void RegionScreenshotSession::cancel() {
     finish();
 }
 
+void RegionScreenshotSession::retire(std::unique_ptr<RegionOverlay> overlay) {
+    if (!overlay) return;
+    overlay->orderOut();
+    // An overlay may be in the middle of its own event when it ends the
+    // session: it goes once that event is over.
+    std::shared_ptr<RegionOverlay> doomed(std::move(overlay));
+    s_.queue.async([doomed] {});
+}
+
 void RegionScreenshotSession::dismiss() {
     finishAsCancelled_ = nullptr;
-    for (const auto& overlay : overlays_)
-        if (overlay) overlay->orderOut();
+    std::vector<std::unique_ptr<RegionOverlay>> overlays = std::move(overlays_);
     overlays_.clear();
+    for (auto& overlay : overlays) retire(std::move(overlay));
 }
 
 void RegionScreenshotSession::keepOnly(std::size_t index) {
     for (std::size_t i = 0; i < overlays_.size(); ++i)
-        if (i != index && overlays_[i]) {
-            overlays_[i]->orderOut();
-            overlays_[i].reset();
-        }
+        if (i != index) retire(std::move(overlays_[i]));
 }
 
 } // namespace tosvar

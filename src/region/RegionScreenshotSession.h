@@ -66,6 +66,7 @@ private:
     void grantKeyFocus();
     void dismiss();
     void keepOnly(std::size_t index);
+    void retire(std::unique_ptr<RegionOverlay> overlay);
 
     Services s_;
     std::vector<ScreenInfo> screens_;

@@ -1,0 +1,298 @@
+#include "QtRegionOverlay.h"
+
+#include "PngEncoder.h"
+#include "QtKeyEvents.h"
+#include "QtPainterCanvas.h"
+#include "ScreenCoordinates.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <QWheelEvent>
+
+#include <cmath>
+
+namespace tosvar {
+
+namespace {
+
+const QColor accent(10, 132, 255);
+constexpr double veilAlpha = 0.45;
+
+QRectF toQt(const Rect& r) { return {r.minX(), r.minY(), r.width(), r.height()}; }
+
+} // namespace
+
+QtRegionOverlay::QtRegionOverlay(const ScreenInfo& screen, const Rect& globalFrame, const std::optional<CapturedDisplay>& frozen,
+                                 ScreenshotOverlayMode mode, RegionOverlayCallbacks callbacks, std::vector<PickableWindow> windows)
+    : QWidget(nullptr, Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::X11BypassWindowManagerHint | Qt::Tool),
+      screen_(screen),
+      globalFrame_(globalFrame),
+      callbacks_(std::move(callbacks)),
+      model_({0, 0, globalFrame.width(), globalFrame.height()}, screen.backingScale, mode) {
+    setAttribute(Qt::WA_TranslucentBackground, !frozen);
+    setMouseTracking(true);
+    setFocusPolicy(Qt::StrongFocus);
+    setCursor(Qt::CrossCursor);
+    setGeometry(QRectF(globalFrame.minX(), globalFrame.minY(), globalFrame.width(), globalFrame.height()).toAlignedRect());
+    model_.setWindows(std::move(windows));
+    if (frozen) attachFrozen(*frozen);
+}
+
+void QtRegionOverlay::attachFrozen(const CapturedDisplay& display) {
+    if (frozen_) return;
+    frozen_ = display;
+    frozenView_ = qtImageView(frozen_->image);
+    setAttribute(Qt::WA_TranslucentBackground, false);
+    update();
+    if (pendingCommit_) {
+        const RegionSelectionModel::Commit waiting = *pendingCommit_;
+        pendingCommit_.reset();
+        finishWith(waiting);
+    }
+}
+
+void QtRegionOverlay::show() { QWidget::show(); }
+
+void QtRegionOverlay::orderOut() { hide(); }
+
+void QtRegionOverlay::makeKey() {
+    raise();
+    activateWindow();
+    setFocus();
+    grabKeyboard();
+}
+
+void QtRegionOverlay::seedInitialHover() {
+    const QPoint local = mapFromGlobal(QCursor::pos());
+    model_.hover({static_cast<double>(local.x()), static_cast<double>(local.y())});
+}
+
+Rect QtRegionOverlay::screenRect(const Rect& view) const {
+    return {screen_.frame.minX() + view.minX(), screen_.frame.maxY() - view.maxY(), view.width(), view.height()};
+}
+
+void QtRegionOverlay::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    const QRectF all = rect();
+    if (!frozenView_.isNull()) {
+        painter.drawImage(all, frozenView_);
+    } else {
+        painter.setCompositionMode(QPainter::CompositionMode_Source);
+        painter.fillRect(all, Qt::transparent);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    }
+    painter.fillRect(all, QColor(0, 0, 0, static_cast<int>(veilAlpha * 255)));
+
+    const std::optional<Rect> selection = model_.liveSelection();
+    const std::optional<Rect> highlight = selection ? selection : pendingCommit_ ? std::optional(pendingCommit_->rect) : model_.highlight();
+    if (highlight) {
+        const QRectF hole = toQt(*highlight);
+        // The veil lifts over the region: the frozen pixels again, or the live screen.
+        if (!frozenView_.isNull()) {
+            const double s = frozenView_.width() / std::max(1.0, all.width());
+            painter.drawImage(hole, frozenView_, QRectF(hole.left() * s, hole.top() * s, hole.width() * s, hole.height() * s));
+        } else {
+            painter.setCompositionMode(QPainter::CompositionMode_Source);
+            painter.fillRect(hole, Qt::transparent);
+            painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+        }
+        if (!selection) painter.fillRect(hole, QColor(0, 0, 0, static_cast<int>(0.18 * 255)));
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(accent, 1.5));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(hole);
+        // The size in pixels on a small plate above the region (inside when no room).
+        const QString size = QStringLiteral("%1 × %2")
+                                 .arg(std::lround(highlight->width() * model_.scale()))
+                                 .arg(std::lround(highlight->height() * model_.scale()));
+        const QFontMetrics metrics(font());
+        const QRectF plate(0, 0, std::ceil(metrics.horizontalAdvance(size) + 12), std::ceil(metrics.height() + 6));
+        QRectF placed = plate.translated(hole.left(), hole.top() - 4 - plate.height());
+        if (placed.top() < 4) placed.moveTop(hole.top() + 4);
+        placed.moveLeft(std::clamp(placed.left(), 4.0, std::max(4.0, all.width() - 4 - placed.width())));
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(QColor(0, 0, 0, 191));
+        painter.drawRoundedRect(placed, 4, 4);
+        painter.setPen(Qt::white);
+        painter.drawText(placed, Qt::AlignCenter, size);
+    }
+    if (selection) {
+        if (const std::optional<Point> at = model_.dragPoint()) {
+            QPen guide(QColor(255, 255, 255, 160), 1);
+            guide.setDashPattern({4, 4});
+            painter.setPen(guide);
+            painter.drawLine(QPointF(at->x, 0), QPointF(at->x, all.height()));
+            painter.drawLine(QPointF(0, at->y), QPointF(all.width(), at->y));
+        }
+    }
+    if (const std::optional<Point> loupe = model_.loupePoint(); loupe && !frozenView_.isNull()) paintLoupe(painter, QPointF(loupe->x, loupe->y));
+}
+
+void QtRegionOverlay::paintLoupe(QPainter& painter, QPointF at) {
+    const int zoom = std::clamp(model_.loupeZoom(), 2, 32);
+    const double diameter = 110;
+    const double factor = zoom / std::max(model_.scale(), 1e-6);
+    int samples = static_cast<int>(std::ceil(diameter / factor));
+    if (samples % 2 == 0) ++samples;
+    const double s = frozenView_.width() / std::max(1.0, static_cast<double>(width()));
+    const int px = std::clamp(static_cast<int>(at.x() * s), 0, frozenView_.width() - 1);
+    const int py = std::clamp(static_cast<int>(at.y() * s), 0, frozenView_.height() - 1);
+    const QRect source(px - samples / 2, py - samples / 2, samples, samples);
+    // Diagonal to the pointer, whichever side stays on the display.
+    QRectF circle(at.x() + 20, at.y() + 20, diameter, diameter);
+    if (circle.right() > width() - 8) circle.moveRight(at.x() - 20);
+    if (circle.bottom() > height() - 40) circle.moveBottom(at.y() - 20);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    QPainterPath round;
+    round.addEllipse(circle);
+    painter.setClipPath(round);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
+    painter.fillRect(circle, Qt::black);
+    const double cell = diameter / samples;
+    painter.drawImage(QRectF(circle.left(), circle.top(), diameter, diameter), frozenView_, QRectF(source));
+    painter.setPen(QPen(QColor(255, 255, 255, 200), 1));
+    const QPointF middle = circle.center();
+    painter.drawRect(QRectF(middle.x() - cell / 2, middle.y() - cell / 2, cell, cell));
+    painter.restore();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Qt::white, 1.5));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(circle);
+    const QRgb pixel = frozenView_.pixel(px, py);
+    const QString label = QStringLiteral("%1, %2  ×%3  #%4%5%6")
+                              .arg(px)
+                              .arg(py)
+                              .arg(zoom)
+                              .arg(qRed(pixel), 2, 16, QLatin1Char('0'))
+                              .arg(qGreen(pixel), 2, 16, QLatin1Char('0'))
+                              .arg(qBlue(pixel), 2, 16, QLatin1Char('0'))
+                              .toUpper();
+    const QFontMetrics metrics(font());
+    const QRectF plate(circle.center().x() - (metrics.horizontalAdvance(label) + 8) / 2, circle.bottom() + 4,
+                       metrics.horizontalAdvance(label) + 8, metrics.height() + 4);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(0, 0, 0, 191));
+    painter.drawRoundedRect(plate, 3, 3);
+    painter.setPen(Qt::white);
+    painter.drawText(plate, Qt::AlignCenter, label);
+}
+
+void QtRegionOverlay::mousePressEvent(QMouseEvent* event) {
+    if (event->button() == Qt::RightButton) return cancel();
+    if (event->button() != Qt::LeftButton || pendingCommit_) return;
+    if (std::optional<RegionSelectionModel::Commit> candidate = model_.press({event->position().x(), event->position().y()})) {
+        commit(*candidate);
+        return;
+    }
+    update();
+}
+
+void QtRegionOverlay::mouseMoveEvent(QMouseEvent* event) {
+    const Point p{event->position().x(), event->position().y()};
+    if (event->buttons() & Qt::LeftButton) {
+        model_.drag(p, event->modifiers() & Qt::ShiftModifier, event->modifiers() & Qt::AltModifier);
+    } else {
+        model_.hover(p);
+    }
+    update();
+}
+
+void QtRegionOverlay::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton || pendingCommit_ || !model_.isDragging()) return;
+    commit(model_.release());
+}
+
+void QtRegionOverlay::wheelEvent(QWheelEvent* event) {
+    const QPoint pixels = event->pixelDelta();
+    const double delta = !pixels.isNull() ? pixels.y() * 0.01 : event->angleDelta().y() / 120.0 / 6.0;
+    model_.adjustLoupeZoom(delta);
+    update();
+}
+
+void QtRegionOverlay::keyPressEvent(QKeyEvent* event) {
+    const std::optional<KeyEvent> key = keyEventFromQt(*event, nullptr);
+    if (!key || key->type != KeyEvent::Type::keyDown) return;
+    using Outcome = RegionSelectionModel::KeyOutcome;
+    const RegionSelectionModel::KeyResult result = model_.key(key->keyCode, key->modifierFlags, QApplication::mouseButtons() & Qt::LeftButton);
+    switch (result.outcome) {
+    case Outcome::passed: event->ignore(); return;
+    case Outcome::handled: update(); return;
+    case Outcome::beep: QApplication::beep(); return;
+    case Outcome::cancel: cancel(); return;
+    case Outcome::commit: commit(*result.commit); return;
+    case Outcome::switchToAudio:
+        if (callbacks_.onSwitchToAudio) callbacks_.onSwitchToAudio();
+        return;
+    case Outcome::switchToPresentation:
+        if (callbacks_.onSwitchToPresentation) callbacks_.onSwitchToPresentation();
+        return;
+    case Outcome::copyColor: cancel(); return;
+    }
+}
+
+void QtRegionOverlay::cancel() {
+    if (model_.mode() == ScreenshotOverlayMode::captureText) {
+        if (callbacks_.onTextCaptured) callbacks_.onTextCaptured(std::nullopt);
+        return;
+    }
+    if (callbacks_.onFinish) callbacks_.onFinish({AnnotationResult::cancelled(), std::nullopt, true, model_.scale()});
+}
+
+void QtRegionOverlay::commit(const RegionSelectionModel::Commit& commit) {
+    // Scroll capture needs no image: it goes on at once.
+    if (model_.mode() == ScreenshotOverlayMode::scrollCapture) {
+        if (callbacks_.onScrollRegion) callbacks_.onScrollRegion(screenRect(commit.rect), commit.windowID);
+        return;
+    }
+    if (!frozen_) {
+        pendingCommit_ = commit;
+        update();
+        return;
+    }
+    finishWith(commit);
+}
+
+void QtRegionOverlay::finishWith(const RegionSelectionModel::Commit& commit) {
+    const double s = frozen_->image.width() / std::max(1.0, globalFrame_.width());
+    const Rect pixels = Rect(commit.rect.minX() * s, commit.rect.minY() * s, commit.rect.width() * s, commit.rect.height() * s).integral();
+    const ImageBuffer cropped = frozen_->image.cropped({static_cast<int>(pixels.minX()), static_cast<int>(pixels.minY()),
+                                                        static_cast<int>(pixels.width()), static_cast<int>(pixels.height())});
+    Expected<std::vector<std::uint8_t>> png = PngEncoder::encode(cropped);
+    if (!png) return cancel();
+    const Rect onScreen = screenRect(commit.rect);
+    switch (model_.mode()) {
+    case ScreenshotOverlayMode::translate:
+        if (callbacks_.onRegionTranslate) callbacks_.onRegionTranslate(*png, onScreen);
+        return;
+    case ScreenshotOverlayMode::captureText:
+    case ScreenshotOverlayMode::record:
+    case ScreenshotOverlayMode::scrollCapture:
+    case ScreenshotOverlayMode::annotate:
+        // Until editing the region in place lands, a committed region is the capture.
+        if (callbacks_.onFinish)
+            callbacks_.onFinish({AnnotationResult::finished(std::move(*png), AnnotationAction::copy), onScreen, true, s});
+        return;
+    }
+}
+
+std::unique_ptr<RegionOverlay> QtRegionOverlayFactory::make(const ScreenInfo& screen, const std::optional<CapturedDisplay>& frozen,
+                                                            ScreenshotOverlayMode mode, RegionOverlayCallbacks callbacks) {
+    const Rect main = mainGlobalFrame_();
+    const Rect global = ScreenCoordinates::toGlobal(screen.frame, main);
+    WindowPicking::ListingContext context{screen.frame, main.height(), {global}, ownPID_, {}};
+    std::vector<PickableWindow> windows;
+    for (PickableWindow window : WindowPicking::onScreenWindowRects(windows_.onScreenWindows(), context)) {
+        // From screen points (y up) to this overlay's view (y down from its top).
+        auto toView = [&](const Rect& r) { return Rect(r.minX() - screen.frame.minX(), screen.frame.maxY() - r.maxY(), r.width(), r.height()); };
+        window.rect = toView(window.rect);
+        window.fullRect = toView(window.fullRect);
+        windows.push_back(window);
+    }
+    return std::make_unique<QtRegionOverlay>(screen, global, frozen, mode, std::move(callbacks), std::move(windows));
+}
+
+} // namespace tosvar

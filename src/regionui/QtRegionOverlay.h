@@ -1,0 +1,76 @@
+#pragma once
+
+#include "RegionOverlay.h"
+#include "RegionSelectionModel.h"
+#include "WindowListing.h"
+
+#include <QWidget>
+
+#include <functional>
+
+namespace tosvar {
+
+// The selection overlay of one display on Qt: a frameless window above
+// everything over the display, showing the frozen image under a veil (or the
+// live screen until the freeze lands), the selection or the hovered window
+// cut out of the veil with its size, and a loupe. Pointer and keys drive a
+// `RegionSelectionModel`; a commit crops the frozen image and ends the
+// session through the callbacks. A commit before the freeze waits for it.
+// Main thread only.
+class QtRegionOverlay final : public QWidget, public RegionOverlay {
+public:
+    QtRegionOverlay(const ScreenInfo& screen, const Rect& globalFrame, const std::optional<CapturedDisplay>& frozen,
+                    ScreenshotOverlayMode mode, RegionOverlayCallbacks callbacks, std::vector<PickableWindow> windows);
+
+    void attachFrozen(const CapturedDisplay& display) override;
+    bool isFrozen() const override { return frozen_.has_value(); }
+    void show() override;
+    void orderOut() override;
+    void makeKey() override;
+    bool isKey() const override { return isActiveWindow(); }
+    void addWindowImages(const std::map<std::uint32_t, ImageBuffer>&) override {}
+    void seedInitialHover() override;
+
+    const RegionSelectionModel& model() const { return model_; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void commit(const RegionSelectionModel::Commit& commit);
+    void finishWith(const RegionSelectionModel::Commit& commit);
+    void cancel();
+    // A view rectangle as a rectangle of the screen (points, y up).
+    Rect screenRect(const Rect& view) const;
+    void paintLoupe(QPainter& painter, QPointF at);
+
+    ScreenInfo screen_;
+    Rect globalFrame_;
+    std::optional<CapturedDisplay> frozen_;
+    QImage frozenView_;
+    RegionOverlayCallbacks callbacks_;
+    RegionSelectionModel model_;
+    std::optional<RegionSelectionModel::Commit> pendingCommit_;
+};
+
+// Makes `QtRegionOverlay`s, offering the windows of `windows` to pick.
+class QtRegionOverlayFactory final : public RegionOverlayFactory {
+public:
+    QtRegionOverlayFactory(WindowListing& windows, std::function<Rect()> mainGlobalFrame, std::int64_t ownPID)
+        : windows_(windows), mainGlobalFrame_(std::move(mainGlobalFrame)), ownPID_(ownPID) {}
+
+    std::unique_ptr<RegionOverlay> make(const ScreenInfo& screen, const std::optional<CapturedDisplay>& frozen, ScreenshotOverlayMode mode,
+                                        RegionOverlayCallbacks callbacks) override;
+
+private:
+    WindowListing& windows_;
+    std::function<Rect()> mainGlobalFrame_;
+    std::int64_t ownPID_;
+};
+
+} // namespace tosvar
