@@ -61,6 +61,7 @@ AppPlatform::AppPlatform()
           .beep = [] { QApplication::beep(); },
           .toast = [](std::string_view key, double seconds) { ScreenshotToast::show(QString::fromStdString(localize(std::string(key))), seconds); },
           .ownPID = ::getpid(),
+          .grabsSeeOverlays = true, // X11 root grabs include our windows
       })),
       recording(forwardNotBuilt()),
       presentation(forwardNotBuilt()),

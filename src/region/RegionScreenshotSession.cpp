@@ -74,9 +74,11 @@ void RegionScreenshotSession::begin(ScreenshotOverlayMode mode, RegionOverlayCal
         return;
     }
 
-    if (hasOpenMenu(list)) {
-        // An open menu closes once it loses the keyboard: freeze before anything shows.
-        logLine("menu open → synchronous freeze path");
+    const bool menuOpen = hasOpenMenu(list);
+    if (menuOpen || s_.grabsSeeOverlays) {
+        // An open menu closes once it loses the keyboard, and a grab that sees
+        // our own windows would freeze the veil: freeze before anything shows.
+        logLine(menuOpen ? "menu open → synchronous freeze path" : "grabs see the overlays → synchronous freeze path");
         const std::vector<std::optional<CapturedDisplay>> frozen = DisplayGrabber::grab(*s_.displays, DisplayGrabber::targets(screens_));
         const bool any = std::any_of(frozen.begin(), frozen.end(), [](const auto& f) { return f.has_value(); });
         if (!any) {
@@ -85,6 +87,7 @@ void RegionScreenshotSession::begin(ScreenshotOverlayMode mode, RegionOverlayCal
             return;
         }
         presentOverlays(mode, std::move(callbacks), frozen, true);
+        logLine(formatted("overlays presented +%.0fms", millisecondsSince(started)));
         return;
     }
 

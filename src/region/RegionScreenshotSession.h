@@ -34,6 +34,9 @@ public:
         std::function<void()> beep;
         std::function<void(std::string_view key, double seconds)> toast;
         std::int64_t ownPID = 0;
+        // A screen grab that would see the overlays (an X11 root grab does):
+        // every display is then frozen before anything shows.
+        bool grabsSeeOverlays = false;
     };
 
     static constexpr std::chrono::milliseconds earlyFreezeDeadline = EarlyDisplayFreeze::deadline;

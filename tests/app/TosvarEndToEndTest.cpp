@@ -242,3 +242,64 @@ TEST_F(TosvarEndToEndTest, AnnotateAFileWithARectangleAndATextThenSave) {
     EXPECT_GT(inText, 300) << "the text";
     EXPECT_EQ(elsewhere, 0);
 }
+
+namespace {
+
+int occurrences(const std::string& text, const std::string& word) {
+    int count = 0;
+    for (std::size_t at = text.find(word); at != std::string::npos; at = text.find(word, at + 1)) ++count;
+    return count;
+}
+
+} // namespace
+
+// Capture Area from the command line: a drag over the frozen screen gives one
+// file and the same image on the clipboard, equal to that rectangle of the
+// screen; Escape writes nothing and the next request opens a session at once;
+// two requests in a row open one session.
+TEST_F(TosvarEndToEndTest, CaptureAreaByDragAndCancelByEscape) {
+    ChildProcess manager({"openbox"});
+    ASSERT_TRUE(manager.started()) << "openbox is missing (scripts/setup.sh installs it)";
+    // A plaid root, so the frozen rectangle has something to get right.
+    ASSERT_EQ(run("xsetroot -mod 7 5 -fg '#c83232' -bg '#3264c8'").exitCode, 0);
+    const fs::path log = stateFolder() / "launch.log";
+    auto presented = [&] { return occurrences(readFile(log), "overlays presented"); };
+
+    ASSERT_EQ(runTosvar("screenshot").exitCode, 0);
+    ASSERT_TRUE(waitFor([&] { return presented() == 1; })) << readFile(log);
+    // A corner of the screen no window or toast covers, so the screen stays as it was frozen.
+    ASSERT_EQ(run("xdotool mousemove 20 560 mousedown 1 mousemove 100 600 mousemove 320 780 sleep 0.1 mouseup 1").exitCode, 0);
+    ASSERT_TRUE(waitFor([&] { return screenshots(saveFolder()).size() == 1; }, 5000)) << "nothing saved";
+
+    const Expected<ImageBuffer> saved = PngDecoder::decodeFile(screenshots(saveFolder()).front());
+    ASSERT_TRUE(saved) << saved.error().message;
+    EXPECT_EQ(saved->width(), 300);
+    EXPECT_EQ(saved->height(), 220);
+    bool plaid = false;
+    for (int y = 0; y < 20; ++y)
+        for (int x = 0; x < 20; ++x) plaid = plaid || saved->pixel(x, y) != saved->pixel(0, 0);
+    EXPECT_TRUE(plaid) << "the plaid shows";
+    const Rect wholeScreen(0, 0, XvfbServer::shared().width(), XvfbServer::shared().height());
+    X11DisplayCapturer reference(wholeScreen);
+    EXPECT_TRUE(waitFor([&] {
+        const std::optional<CapturedDisplay> now = reference.capture({wholeScreen, wholeScreen, 1});
+        return now && saved->samePixels(now->image.cropped({20, 560, 300, 220}));
+    }, 5000)) << "the file is that rectangle of the screen";
+    const CommandRun clipboard = run("xclip -selection clipboard -t image/png -o");
+    EXPECT_TRUE(clipboard.output == readFile(screenshots(saveFolder()).front())) << "the clipboard holds the same image";
+
+    // Escape writes nothing, and the next request opens a session at once.
+    ASSERT_EQ(runTosvar("screenshot").exitCode, 0);
+    ASSERT_TRUE(waitFor([&] { return presented() == 2; }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    ASSERT_EQ(run("xdotool key Escape").exitCode, 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    ASSERT_EQ(runTosvar("screenshot").exitCode, 0);
+    ASSERT_TRUE(waitFor([&] { return presented() == 3; })) << "no new session after Escape";
+    ASSERT_EQ(runTosvar("screenshot").exitCode, 0); // a second request during the session
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    EXPECT_EQ(presented(), 3) << "one session for two requests";
+    ASSERT_EQ(run("xdotool key Escape").exitCode, 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_EQ(screenshots(saveFolder()).size(), 1u) << "Escape wrote nothing";
+}

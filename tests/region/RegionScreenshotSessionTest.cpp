@@ -245,6 +245,15 @@ TEST_F(SessionTest, AnOpenMenuIsFrozenBeforeAnythingShows) {
     EXPECT_TRUE(threads.empty()) << "nothing deferred";
 }
 
+TEST_F(SessionTest, WhereGrabsSeeTheOverlaysEveryDisplayIsFrozenBeforeAnyShows) {
+    auto session = RegionScreenshotSession::make({displays, layout, windows, overlays, permission, queue,
+                                                  [](std::function<void()>) { FAIL() << "nothing runs after the overlays show"; },
+                                                  [] {}, [](std::string_view, double) {}, 4242, true});
+    session->capture([](const RegionAnnotationOutcome&) {});
+    ASSERT_EQ(overlays.made.size(), 2u);
+    EXPECT_TRUE(overlays.made[0]->isFrozen() && overlays.made[1]->isFrozen());
+}
+
 TEST_F(SessionTest, WithoutPermissionTheGuidanceShowsAndTheSessionEndsCancelled) {
     permission.granted = false;
     auto session = make();
