@@ -129,6 +129,11 @@ void QtRegionOverlay::paintEvent(QPaintEvent*) {
         }
     }
     if (const std::optional<Point> loupe = model_.loupePoint(); loupe && !frozenView_.isNull()) paintLoupe(painter, QPointF(loupe->x, loupe->y));
+    if (!frozenView_.isNull() && onFirstFrozenFrame) {
+        std::function<void()> told = std::move(onFirstFrozenFrame);
+        onFirstFrozenFrame = nullptr;
+        told();
+    }
 }
 
 void QtRegionOverlay::paintLoupe(QPainter& painter, QPointF at) {

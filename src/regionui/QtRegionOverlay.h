@@ -32,6 +32,8 @@ public:
     void seedInitialHover() override;
 
     const RegionSelectionModel& model() const { return model_; }
+    // Told once, after the first paint that shows the frozen image.
+    std::function<void()> onFirstFrozenFrame;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
