@@ -255,8 +255,8 @@ int occurrences(const std::string& text, const std::string& word) {
 
 // Capture Area from the command line: a drag over the frozen screen gives one
 // file and the same image on the clipboard, equal to that rectangle of the
-// screen; Escape writes nothing and the next request opens a session at once;
-// two requests in a row open one session.
+// screen; a click on a window takes the window; Escape writes nothing and the
+// next request opens a session at once; two requests in a row open one session.
 TEST_F(TosvarEndToEndTest, CaptureAreaByDragAndCancelByEscape) {
     ChildProcess manager({"openbox"});
     ASSERT_TRUE(manager.started()) << "openbox is missing (scripts/setup.sh installs it)";
@@ -288,18 +288,40 @@ TEST_F(TosvarEndToEndTest, CaptureAreaByDragAndCancelByEscape) {
     const CommandRun clipboard = run("xclip -selection clipboard -t image/png -o");
     EXPECT_TRUE(clipboard.output == readFile(screenshots(saveFolder()).front())) << "the clipboard holds the same image";
 
-    // Escape writes nothing, and the next request opens a session at once.
+    // A click on a window takes the window as it shows, frame and all.
+    std::this_thread::sleep_for(std::chrono::seconds(1)); // one second apart, so the names differ
+    const CommandRun placeholder = run("xdotool search --name '^Tosvar$' getwindowgeometry --shell");
+    int wx = 0, wy = 0, ww = 0, wh = 0;
+    for (std::istringstream lines(placeholder.output); lines;) {
+        std::string line;
+        std::getline(lines, line);
+        std::sscanf(line.c_str(), "X=%d", &wx);
+        std::sscanf(line.c_str(), "Y=%d", &wy);
+        std::sscanf(line.c_str(), "WIDTH=%d", &ww);
+        std::sscanf(line.c_str(), "HEIGHT=%d", &wh);
+    }
+    ASSERT_GT(ww, 0) << placeholder.output;
     ASSERT_EQ(runTosvar("screenshot").exitCode, 0);
     ASSERT_TRUE(waitFor([&] { return presented() == 2; }));
+    ASSERT_EQ(run("xdotool mousemove " + std::to_string(wx + ww / 2) + " " + std::to_string(wy + wh / 2) + " sleep 0.2 click 1").exitCode, 0);
+    ASSERT_TRUE(waitFor([&] { return screenshots(saveFolder()).size() == 2; }, 5000)) << "the window was not taken";
+    const Expected<ImageBuffer> window = PngDecoder::decodeFile(screenshots(saveFolder()).back());
+    ASSERT_TRUE(window);
+    EXPECT_GE(window->width(), ww) << "the window with its frame";
+    EXPECT_GT(window->height(), wh) << "a title bar above it";
+
+    // Escape writes nothing, and the next request opens a session at once.
+    ASSERT_EQ(runTosvar("screenshot").exitCode, 0);
+    ASSERT_TRUE(waitFor([&] { return presented() == 3; }));
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     ASSERT_EQ(run("xdotool key Escape").exitCode, 0);
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     ASSERT_EQ(runTosvar("screenshot").exitCode, 0);
-    ASSERT_TRUE(waitFor([&] { return presented() == 3; })) << "no new session after Escape";
+    ASSERT_TRUE(waitFor([&] { return presented() == 4; })) << "no new session after Escape";
     ASSERT_EQ(runTosvar("screenshot").exitCode, 0); // a second request during the session
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
-    EXPECT_EQ(presented(), 3) << "one session for two requests";
+    EXPECT_EQ(presented(), 4) << "one session for two requests";
     ASSERT_EQ(run("xdotool key Escape").exitCode, 0);
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    EXPECT_EQ(screenshots(saveFolder()).size(), 1u) << "Escape wrote nothing";
+    EXPECT_EQ(screenshots(saveFolder()).size(), 2u) << "Escape wrote nothing";
 }
