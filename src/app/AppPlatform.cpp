@@ -4,6 +4,7 @@
 #include "FfmpegMovieEncoder.h"
 #include "LocalizationManager.h"
 #include "SettingsStore.h"
+#include "OwnPasteboard.h"
 #include "ScreenshotToast.h"
 #include "WorkerPool.h"
 
@@ -49,7 +50,8 @@ AppPlatform::AppPlatform()
           .temporaryDirectory = std::filesystem::temp_directory_path(),
       })),
       audioHUD([](const std::string& key) { return localize(key); }),
-      overlays(windowList, [] { return QtScreenLayout::mainGlobalFrame(); }, ::getpid()),
+      overlays(windowList, [] { return QtScreenLayout::mainGlobalFrame(); }, ::getpid(), &SettingsStore::standardDefaults(),
+               [this](const std::string& text) { OwnPasteboard::write(pasteboard, OwnPasteboardLedger::shared(), text); }),
       region(RegionScreenshotSession::make({
           .displays = displays,
           .layout = screens,

@@ -1,5 +1,6 @@
 #include "QtRegionOverlay.h"
 
+#include "LastRegion.h"
 #include "PngEncoder.h"
 #include "QtKeyEvents.h"
 #include "QtPainterCanvas.h"
@@ -13,6 +14,7 @@
 #include <QWheelEvent>
 
 #include <cmath>
+#include <cstdio>
 
 namespace tosvar {
 
@@ -214,7 +216,9 @@ void QtRegionOverlay::mouseReleaseEvent(QMouseEvent* event) {
 void QtRegionOverlay::wheelEvent(QWheelEvent* event) {
     const QPoint pixels = event->pixelDelta();
     const double delta = !pixels.isNull() ? pixels.y() * 0.01 : event->angleDelta().y() / 120.0 / 6.0;
+    const int before = model_.loupeZoom();
     model_.adjustLoupeZoom(delta);
+    if (model_.loupeZoom() != before && onLoupeZoomChanged) onLoupeZoomChanged(model_.loupeZoom());
     update();
 }
 
@@ -225,7 +229,10 @@ void QtRegionOverlay::keyPressEvent(QKeyEvent* event) {
     const RegionSelectionModel::KeyResult result = model_.key(key->keyCode, key->modifierFlags, QApplication::mouseButtons() & Qt::LeftButton);
     switch (result.outcome) {
     case Outcome::passed: event->ignore(); return;
-    case Outcome::handled: update(); return;
+    case Outcome::handled:
+        if (onLoupeZoomChanged) onLoupeZoomChanged(model_.loupeZoom());
+        update();
+        return;
     case Outcome::beep: QApplication::beep(); return;
     case Outcome::cancel: cancel(); return;
     case Outcome::commit: commit(*result.commit); return;
@@ -235,7 +242,17 @@ void QtRegionOverlay::keyPressEvent(QKeyEvent* event) {
     case Outcome::switchToPresentation:
         if (callbacks_.onSwitchToPresentation) callbacks_.onSwitchToPresentation();
         return;
-    case Outcome::copyColor: cancel(); return;
+    case Outcome::copyColor:
+        if (const std::optional<Point> at = model_.loupePoint(); at && !frozenView_.isNull() && onCopyText) {
+            const double s = frozenView_.width() / std::max(1.0, static_cast<double>(width()));
+            const QRgb pixel = frozenView_.pixel(std::clamp(static_cast<int>(at->x * s), 0, frozenView_.width() - 1),
+                                                 std::clamp(static_cast<int>(at->y * s), 0, frozenView_.height() - 1));
+            char hex[8];
+            std::snprintf(hex, sizeof hex, "#%02X%02X%02X", qRed(pixel), qGreen(pixel), qBlue(pixel));
+            onCopyText(hex);
+        }
+        cancel();
+        return;
     }
 }
 
@@ -248,6 +265,7 @@ void QtRegionOverlay::cancel() {
 }
 
 void QtRegionOverlay::commit(const RegionSelectionModel::Commit& commit) {
+    if (onRegionCommitted) onRegionCommitted(screenRect(commit.rect));
     // Scroll capture needs no image: it goes on at once.
     if (model_.mode() == ScreenshotOverlayMode::scrollCapture) {
         if (callbacks_.onScrollRegion) callbacks_.onScrollRegion(screenRect(commit.rect), commit.windowID);
@@ -297,7 +315,17 @@ std::unique_ptr<RegionOverlay> QtRegionOverlayFactory::make(const ScreenInfo& sc
         window.fullRect = toView(window.fullRect);
         windows.push_back(window);
     }
-    return std::make_unique<QtRegionOverlay>(screen, global, frozen, mode, std::move(callbacks), std::move(windows));
+    auto overlay = std::make_unique<QtRegionOverlay>(screen, global, frozen, mode, std::move(callbacks), std::move(windows));
+    if (defaults_) {
+        DefaultsStore& store = *defaults_;
+        if (const std::optional<std::string> last = store.string(LastRegion::defaultsKey))
+            overlay->selection().setLastRegion(LastRegion::inView(*last, screen.frame));
+        overlay->selection().setLoupeZoom(RegionSelectionModel::loupeZoomFromStored(store.real("screenshot.loupeZoom")));
+        overlay->onRegionCommitted = [&store](const Rect& rect) { store.set(LastRegion::defaultsKey, LastRegion::text(rect)); };
+        overlay->onLoupeZoomChanged = [&store](int zoom) { store.set("screenshot.loupeZoom", static_cast<double>(zoom)); };
+    }
+    overlay->onCopyText = copyText_;
+    return overlay;
 }
 
 } // namespace tosvar

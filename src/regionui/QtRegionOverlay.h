@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DefaultsStore.h"
 #include "RegionOverlay.h"
 #include "RegionSelectionModel.h"
 #include "WindowListing.h"
@@ -34,6 +35,11 @@ public:
     const RegionSelectionModel& model() const { return model_; }
     // Told once, after the first paint that shows the frozen image.
     std::function<void()> onFirstFrozenFrame;
+    // The region of each commit, in screen points, to be offered again.
+    std::function<void(const Rect& screenRect)> onRegionCommitted;
+    std::function<void(int zoom)> onLoupeZoomChanged;
+    std::function<void(const std::string& text)> onCopyText;
+    RegionSelectionModel& selection() { return model_; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -63,8 +69,11 @@ private:
 // Makes `QtRegionOverlay`s, offering the windows of `windows` to pick.
 class QtRegionOverlayFactory final : public RegionOverlayFactory {
 public:
-    QtRegionOverlayFactory(WindowListing& windows, std::function<Rect()> mainGlobalFrame, std::int64_t ownPID)
-        : windows_(windows), mainGlobalFrame_(std::move(mainGlobalFrame)), ownPID_(ownPID) {}
+    // `defaults` keeps the last region and the loupe's zoom; `copyText` puts a
+    // picked colour on the clipboard.
+    QtRegionOverlayFactory(WindowListing& windows, std::function<Rect()> mainGlobalFrame, std::int64_t ownPID, DefaultsStore* defaults,
+                           std::function<void(const std::string&)> copyText)
+        : windows_(windows), mainGlobalFrame_(std::move(mainGlobalFrame)), ownPID_(ownPID), defaults_(defaults), copyText_(std::move(copyText)) {}
 
     std::unique_ptr<RegionOverlay> make(const ScreenInfo& screen, const std::optional<CapturedDisplay>& frozen, ScreenshotOverlayMode mode,
                                         RegionOverlayCallbacks callbacks) override;
@@ -73,6 +82,8 @@ private:
     WindowListing& windows_;
     std::function<Rect()> mainGlobalFrame_;
     std::int64_t ownPID_;
+    DefaultsStore* defaults_;
+    std::function<void(const std::string&)> copyText_;
 };
 
 } // namespace tosvar

@@ -118,3 +118,22 @@ TEST(RegionSelection, TheLoupeZoomWalksItsLadderAndAddsUpFractions) {
 
 } // namespace
 } // namespace tosvar
+
+#include "LastRegion.h"
+
+namespace tosvar {
+namespace {
+
+TEST(LastRegion, ReadsBackWhatItWroteAndPlacesItOnTheDisplay) {
+    const Rect second(1440, 0, 1920, 1080);
+    EXPECT_EQ(LastRegion::text({1500, 100, 300.5, 200}), "{{1500, 100}, {300.5, 200}}");
+    EXPECT_EQ(LastRegion::parse(LastRegion::text({1500, 100, 300.5, 200})), Rect(1500, 100, 300.5, 200));
+    EXPECT_EQ(LastRegion::inView("{{1500, 100}, {300, 200}}", second), Rect(60, 780, 300, 200)) << "y down from the display's top";
+    EXPECT_FALSE(LastRegion::inView("{{10, 10}, {300, 200}}", second)) << "another display's region";
+    EXPECT_FALSE(LastRegion::inView("{{1500, 100}, {7, 200}}", second)) << "too small";
+    EXPECT_FALSE(LastRegion::inView("garbage", second));
+    EXPECT_EQ(LastRegion::inView("{{3300, 1000}, {4000, 100}}", second), Rect(0, 0, 1920, 100)) << "cut to the display and moved onto it";
+}
+
+} // namespace
+} // namespace tosvar
