@@ -1,6 +1,7 @@
 #include "AnnotationCanvasView.h"
 
 #include "AnnotationElementClipboard.h"
+#include "AnnotationImageImport.h"
 #include "ElementBounds.h"
 #include "ElementRotation.h"
 #include "HitTesting.h"
@@ -16,6 +17,10 @@
 
 #include <QApplication>
 #include <QDateTime>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFile>
+#include <QMimeData>
 #include <QFontDatabase>
 #include <QKeyEvent>
 #include <QPainter>
@@ -24,6 +29,7 @@
 #include <QTextEdit>
 
 #include <cmath>
+#include <cstring>
 #include <numbers>
 
 namespace tosvar {
@@ -86,6 +92,7 @@ AnnotationCanvasView::AnnotationCanvasView(AnnotationEditorController& controlle
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_OpaquePaintEvent);
+    setAcceptDrops(true);
     observer_ = controller_.addObserver([this] { controllerDidChange(); });
 }
 
@@ -700,6 +707,60 @@ void AnnotationCanvasView::keyReleaseEvent(QKeyEvent* event) {
         return;
     }
     QWidget::keyReleaseEvent(event);
+}
+
+// ---- Pictures dropped in ----
+
+namespace {
+
+// Any picture Qt can read, as our pixels.
+Expected<ImageBuffer> decodeAny(std::span<const std::uint8_t> bytes) {
+    const QImage read = QImage::fromData(bytes.data(), static_cast<int>(bytes.size()));
+    if (read.isNull()) return Error{"the data is not an image this program reads"};
+    const QImage pixels = read.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    MutableImage out(pixels.width(), pixels.height(), PixelOrder::bgra, PixelMemoryFill::uninitialized);
+    for (int y = 0; y < pixels.height(); ++y) std::memcpy(out.row(y), pixels.constScanLine(y), 4 * static_cast<std::size_t>(pixels.width()));
+    return std::move(out).freeze();
+}
+
+// The first picture the data carries: a local image file, else image bytes.
+std::optional<Bytes> pictureBytes(const QMimeData& data) {
+    for (const QUrl& url : data.urls()) {
+        if (!url.isLocalFile()) continue;
+        QFile file(url.toLocalFile());
+        if (file.open(QIODevice::ReadOnly)) {
+            const QByteArray bytes = file.readAll();
+            if (!QImage::fromData(bytes).isNull()) return Bytes(bytes.begin(), bytes.end());
+        }
+    }
+    for (const QString& format : {QStringLiteral("image/png"), QStringLiteral("image/jpeg")})
+        if (data.hasFormat(format)) {
+            const QByteArray bytes = data.data(format);
+            return Bytes(bytes.begin(), bytes.end());
+        }
+    return std::nullopt;
+}
+
+} // namespace
+
+bool AnnotationCanvasView::importPicture(const QMimeData& dropped, QPointF viewPoint) {
+    const std::optional<Bytes> bytes = pictureBytes(dropped);
+    if (!bytes) return false;
+    const Size canvas = controller_.document().pixelSize();
+    const Expected<AnnotationImage> picture = AnnotationImageImport::payload(*bytes, AnnotationImageImport::maxPixel(canvas), decodeAny);
+    if (!picture) return false;
+    const Point anchor = imagePoint(viewPoint);
+    const Rect rect = AnnotationImageImport::placement({picture->pixelWidth, picture->pixelHeight}, canvas, anchor, 1);
+    controller_.addImage(AnnotationImageImport::element(*picture, rect));
+    return true;
+}
+
+void AnnotationCanvasView::dragEnterEvent(QDragEnterEvent* event) {
+    if (pictureBytes(*event->mimeData())) event->acceptProposedAction();
+}
+
+void AnnotationCanvasView::dropEvent(QDropEvent* event) {
+    if (importPicture(*event->mimeData(), event->position())) event->acceptProposedAction();
 }
 
 // ---- The inline field ----

@@ -9,6 +9,7 @@
 #include <functional>
 #include <optional>
 
+class QMimeData;
 class QTextEdit;
 
 namespace tosvar {
@@ -36,6 +37,9 @@ public:
     bool isEditingText() const { return field_ != nullptr; }
     // Hands an open field's text to the controller and closes it.
     void commitTextEditing();
+    // Adds the picture of dropped or pasted data (an image file, or image
+    // bytes) at `viewPoint`; false when the data holds no picture.
+    bool importPicture(const QMimeData& dropped, QPointF viewPoint);
     // What the last paint covered, in view points (for tests and benchmarks).
     QRect lastPaintedRect() const { return lastPainted_; }
 
@@ -50,6 +54,8 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     enum class InlineKind { text, watermark, stepBadge };

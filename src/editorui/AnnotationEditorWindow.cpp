@@ -1,7 +1,9 @@
 #include "AnnotationEditorWindow.h"
 
 #include "AnnotationWindowSizing.h"
+#include "AtomicFile.h"
 #include "LocalizationManager.h"
+#include "Log.h"
 
 #include <QCloseEvent>
 #include <QGuiApplication>
@@ -36,6 +38,7 @@ AnnotationEditorWindow::AnnotationEditorWindow(ImageBuffer image, double scale, 
     column->addWidget(canvas_, 1);
     toolbar_->onCopy = [this] { copy(); };
     toolbar_->onSave = [this] { save(); };
+    toolbar_->onDragOut = [this] { dragOut(); };
     canvas_->onConfirm = [this] { copy(); };
 
     const Size content = AnnotationWindowSizing::initialContentSize(pixels, scale);
@@ -75,6 +78,25 @@ void AnnotationEditorWindow::copy() {
     flatten([this](Bytes png) {
         if (onCopy) onCopy(std::move(png));
     });
+}
+
+std::optional<std::filesystem::path> AnnotationEditorWindow::writeDragFile(const Bytes& png, const std::string& name) {
+    const std::filesystem::path folder = std::filesystem::temp_directory_path() / ("tosvar-drag-" + Uuid::random().string());
+    const std::filesystem::path file = folder / name;
+    if (std::optional<Error> error = AtomicFile::write(file, png)) {
+        logLine("[Editor] drag out: " + error->message);
+        return std::nullopt;
+    }
+    return file;
+}
+
+void AnnotationEditorWindow::dragOut() {
+    canvas_->commitTextEditing();
+    const std::optional<Bytes> png = controller_->flattenPNG();
+    if (!png) return;
+    const std::optional<std::filesystem::path> file = writeDragFile(*png, "Annotated Image.png");
+    if (!file) return;
+    drag_.begin({*file}, canvas_->grab().toImage(), false);
 }
 
 bool AnnotationEditorWindow::confirmDiscard() {

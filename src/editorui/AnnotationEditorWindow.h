@@ -3,9 +3,11 @@
 #include "AnnotationCanvasView.h"
 #include "AnnotationEditorController.h"
 #include "AnnotationToolbar.h"
+#include "CaptureFileDragCoordinator.h"
 
 #include <QWidget>
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 
@@ -43,6 +45,10 @@ public:
     bool hasUnsavedChanges() const;
     void save();
     void copy();
+    // Drags the flattened image out as a file, for file managers, chats and editors.
+    void dragOut();
+    // Where a dragged image is written: a new folder of its own in the temporary folder.
+    static std::optional<std::filesystem::path> writeDragFile(const Bytes& png, const std::string& name);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -54,6 +60,7 @@ private:
     bool confirmDiscard();
 
     Services services_;
+    CaptureFileDragCoordinator drag_{this};
     std::unique_ptr<AnnotationEditorController> controller_;
     AnnotationToolbar* toolbar_ = nullptr;
     AnnotationCanvasView* canvas_ = nullptr;

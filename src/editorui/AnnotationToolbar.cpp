@@ -113,6 +113,10 @@ AnnotationToolbar::AnnotationToolbar(AnnotationEditorController& controller, QWi
     redo_ = button(this, QStringLiteral("↷"), text("annotation.redo"), false);
     QToolButton* copy = button(this, text("annotation.copy"), text("annotation.copy.help"), false);
     QToolButton* save = button(this, text("annotation.save"), text("annotation.save.help"), false);
+    QToolButton* dragOut = button(this, QStringLiteral("⇱"), text("annotation.dragOut"), false);
+    QObject::connect(dragOut, &QToolButton::pressed, this, [this] {
+        if (onDragOut) onDragOut();
+    });
     QObject::connect(undo_, &QToolButton::clicked, this, [this] { controller_.performUndo(); });
     QObject::connect(redo_, &QToolButton::clicked, this, [this] { controller_.performRedo(); });
     QObject::connect(copy, &QToolButton::clicked, this, [this] {
@@ -121,7 +125,7 @@ AnnotationToolbar::AnnotationToolbar(AnnotationEditorController& controller, QWi
     QObject::connect(save, &QToolButton::clicked, this, [this] {
         if (onSave) onSave();
     });
-    for (QToolButton* b : {undo_, redo_, copy, save}) row->addWidget(b);
+    for (QToolButton* b : {undo_, redo_, copy, save, dragOut}) row->addWidget(b);
     observer_ = controller_.addObserver([this] { refresh(); });
     refresh();
 }

@@ -24,6 +24,8 @@ public:
 
     std::function<void()> onCopy;
     std::function<void()> onSave;
+    // Pressed on the drag handle: the window starts dragging the image out.
+    std::function<void()> onDragOut;
 
     QToolButton* toolButton(AnnotationTool tool) const { return tools_.at(tool); }
 

@@ -175,3 +175,49 @@ TEST_F(CanvasTest, EscapeGoesToTheHostThenClearsTheSelection) {
 
 } // namespace
 } // namespace tosvar
+
+#include "AnnotationEditorWindow.h"
+#include "FileContents.h"
+#include "PngEncoder.h"
+
+#include <QMimeData>
+#include <QUrl>
+#include <fstream>
+
+namespace tosvar {
+namespace {
+
+TEST_F(CanvasTest, ADroppedPictureFileBecomesAnImageWhereItLandsAndOtherDataChangesNothing) {
+    open(800, 600, 1, {400, 300});
+    MutableImage picture(100, 50);
+    picture.fill({0, 200, 0, 255});
+    const std::filesystem::path file = std::filesystem::temp_directory_path() / ("tosvar-drop-" + Uuid::random().string() + ".png");
+    ASSERT_FALSE(PngEncoder::writeFile(std::move(picture).freeze(), file));
+    QMimeData dropped;
+    dropped.setUrls({QUrl::fromLocalFile(QString::fromStdString(file.string()))});
+    ASSERT_TRUE(view->importPicture(dropped, {100, 75})); // image point (200, 150)
+    ASSERT_EQ(elements().size(), 1u);
+    ASSERT_TRUE(elements()[0].kind.imagePayload());
+    EXPECT_EQ(*elements()[0].geometry.asRect(), Rect(150, 125, 100, 50)) << "centred where it was dropped, at its own size";
+    std::filesystem::remove(file);
+
+    QMimeData text;
+    text.setText(QStringLiteral("not a picture"));
+    EXPECT_FALSE(view->importPicture(text, {100, 75}));
+    QMimeData broken;
+    broken.setData(QStringLiteral("image/png"), QByteArray(64, 'x'));
+    EXPECT_FALSE(view->importPicture(broken, {100, 75}));
+    EXPECT_EQ(elements().size(), 1u);
+}
+
+TEST(AnnotationEditorWindow, ADraggedImageIsAFileOfItsOwn) {
+    const Bytes png{0x89, 'P', 'N', 'G', 1, 2, 3};
+    const std::optional<std::filesystem::path> file = AnnotationEditorWindow::writeDragFile(png, "Annotated Image.png");
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->filename(), "Annotated Image.png");
+    EXPECT_EQ(*readFileBytes(*file), png);
+    std::filesystem::remove_all(file->parent_path());
+}
+
+} // namespace
+} // namespace tosvar
