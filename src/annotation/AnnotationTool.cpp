@@ -32,6 +32,12 @@ ToolTraits traits(AnnotationTool tool) {
 
 } // namespace
 
+std::string_view toolNameKey(AnnotationTool tool) {
+    if (tool == AnnotationTool::freehand) return "pen";
+    if (tool == AnnotationTool::stepBadge) return "step";
+    return rawValue(tool);
+}
+
 bool isDragCreated(AnnotationTool tool) { return traits(tool).dragCreated; }
 
 std::string_view shortcutKey(AnnotationTool tool) { return traits(tool).key; }

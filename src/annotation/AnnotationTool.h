@@ -59,6 +59,9 @@ inline constexpr auto allAnnotationTools = [] {
     return tools;
 }();
 
+// The tool's part of its "annotation.tool." name key: the case name, but
+// "pen" for freehand and "step" for stepBadge.
+std::string_view toolNameKey(AnnotationTool tool);
 // Whether a drag on the canvas creates the tool's element.
 bool isDragCreated(AnnotationTool tool);
 // The one-letter key that picks the tool; empty for a tool without one.

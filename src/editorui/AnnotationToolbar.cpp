@@ -69,7 +69,7 @@ AnnotationToolbar::AnnotationToolbar(AnnotationEditorController& controller, QWi
     row->setContentsMargins(8, 4, 8, 4);
     row->setSpacing(2);
     for (T tool : allAnnotationTools) {
-        const std::string name = "annotation.tool." + std::string(rawValue(tool));
+        const std::string name = "annotation.tool." + std::string(toolNameKey(tool));
         const std::string_view key = shortcutKey(tool);
         const QString tip = key.empty() ? text(name) : text(name) + QStringLiteral(" (%1)").arg(QString::fromLatin1(key.data(), static_cast<qsizetype>(key.size())).toUpper());
         QToolButton* b = button(this, glyph(tool), tip, true);
