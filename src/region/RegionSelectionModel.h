@@ -70,6 +70,7 @@ public:
     std::optional<Rect> liveSelection() const;
     // What stands out when nothing is dragged: the keyboard candidate, else the hovered window.
     std::optional<Rect> highlight() const;
+    const std::optional<Rect>& keyboardCandidate() const { return candidate_; }
     std::optional<std::uint32_t> hoveredWindowID() const { return hoveredID_; }
     std::optional<Point> loupePoint() const { return loupePoint_; }
     std::optional<Point> dragPoint() const { return current_; }

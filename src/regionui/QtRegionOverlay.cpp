@@ -1,6 +1,7 @@
 #include "QtRegionOverlay.h"
 
 #include "LastRegion.h"
+#include "LocalizationManager.h"
 #include "PngEncoder.h"
 #include "QtKeyEvents.h"
 #include "QtPainterCanvas.h"
@@ -22,6 +23,7 @@ namespace {
 
 const QColor accent(10, 132, 255);
 constexpr double veilAlpha = 0.45;
+constexpr const char* hintHiddenKey = "screenshot.hintPanelHidden";
 
 QRectF toQt(const Rect& r) { return {r.minX(), r.minY(), r.width(), r.height()}; }
 
@@ -131,6 +133,7 @@ void QtRegionOverlay::paintEvent(QPaintEvent*) {
         }
     }
     if (const std::optional<Point> loupe = model_.loupePoint(); loupe && !frozenView_.isNull()) paintLoupe(painter, QPointF(loupe->x, loupe->y));
+    paintHint(painter);
     if (!frozenView_.isNull() && onFirstFrozenFrame) {
         std::function<void()> told = std::move(onFirstFrozenFrame);
         onFirstFrozenFrame = nullptr;
@@ -188,6 +191,29 @@ void QtRegionOverlay::paintLoupe(QPainter& painter, QPointF at) {
     painter.drawText(plate, Qt::AlignCenter, label);
 }
 
+std::optional<HintPanel::State> QtRegionOverlay::desiredHintState() const {
+    if ((hintHidden && hintHidden()) || !isActiveWindow()) return std::nullopt;
+    if (model_.liveSelection()) return HintPanel::Simple::dragging;
+    if (pendingCommit_) return std::nullopt;
+    return HintPanel::Idle{model_.mode()};
+}
+
+void QtRegionOverlay::paintHint(QPainter& painter) {
+    const std::optional<HintPanel::State> state = desiredHintState();
+    if (!state) return;
+    hint_.apply(HintPanel::content(*state, [](const std::string& key) { return L(key); }));
+    std::vector<Rect> obstacles;
+    for (const std::optional<Rect>& r : {model_.liveSelection(), model_.keyboardCandidate(),
+                                         pendingCommit_ ? std::optional<Rect>(pendingCommit_->rect) : std::nullopt})
+        if (r) obstacles.push_back(r->insetBy(-8, -8));
+    const Size panel{hint_.size().width(), hint_.size().height()};
+    const std::optional<HintPanel::Corner> corner = HintPanel::placement(panel, model_.bounds(), obstacles, hintCorner_);
+    if (!corner) return;
+    hintCorner_ = *corner;
+    const Rect at = HintPanel::frame(panel, model_.bounds(), *corner);
+    hint_.paint(painter, QPointF(at.minX(), at.minY()));
+}
+
 void QtRegionOverlay::mousePressEvent(QMouseEvent* event) {
     if (event->button() == Qt::RightButton) return cancel();
     if (event->button() != Qt::LeftButton || pendingCommit_) return;
@@ -225,6 +251,11 @@ void QtRegionOverlay::wheelEvent(QWheelEvent* event) {
 void QtRegionOverlay::keyPressEvent(QKeyEvent* event) {
     const std::optional<KeyEvent> key = keyEventFromQt(*event, nullptr);
     if (!key || key->type != KeyEvent::Type::keyDown) return;
+    if ((event->modifiers() & Qt::ControlModifier) && (event->key() == Qt::Key_Slash || event->key() == Qt::Key_Question)) {
+        if (hintHidden && onHintHiddenChanged) onHintHiddenChanged(!hintHidden());
+        update();
+        return;
+    }
     using Outcome = RegionSelectionModel::KeyOutcome;
     const RegionSelectionModel::KeyResult result = model_.key(key->keyCode, key->modifierFlags, QApplication::mouseButtons() & Qt::LeftButton);
     switch (result.outcome) {
@@ -323,6 +354,8 @@ std::unique_ptr<RegionOverlay> QtRegionOverlayFactory::make(const ScreenInfo& sc
         overlay->selection().setLoupeZoom(RegionSelectionModel::loupeZoomFromStored(store.real("screenshot.loupeZoom")));
         overlay->onRegionCommitted = [&store](const Rect& rect) { store.set(LastRegion::defaultsKey, LastRegion::text(rect)); };
         overlay->onLoupeZoomChanged = [&store](int zoom) { store.set("screenshot.loupeZoom", static_cast<double>(zoom)); };
+        overlay->hintHidden = [&store] { return store.boolean(hintHiddenKey).value_or(false); };
+        overlay->onHintHiddenChanged = [&store](bool hidden) { store.set(hintHiddenKey, hidden); };
     }
     overlay->onCopyText = copyText_;
     return overlay;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DefaultsStore.h"
+#include "HintPanelPainter.h"
 #include "RegionOverlay.h"
 #include "RegionSelectionModel.h"
 #include "WindowListing.h"
@@ -39,6 +40,9 @@ public:
     std::function<void(const Rect& screenRect)> onRegionCommitted;
     std::function<void(int zoom)> onLoupeZoomChanged;
     std::function<void(const std::string& text)> onCopyText;
+    // Whether the hint panel is hidden, and the choice of Ctrl+/ to keep.
+    std::function<bool()> hintHidden;
+    std::function<void(bool hidden)> onHintHiddenChanged;
     RegionSelectionModel& selection() { return model_; }
 
 protected:
@@ -56,6 +60,8 @@ private:
     // A view rectangle as a rectangle of the screen (points, y up).
     Rect screenRect(const Rect& view) const;
     void paintLoupe(QPainter& painter, QPointF at);
+    std::optional<HintPanel::State> desiredHintState() const;
+    void paintHint(QPainter& painter);
 
     ScreenInfo screen_;
     Rect globalFrame_;
@@ -64,6 +70,8 @@ private:
     RegionOverlayCallbacks callbacks_;
     RegionSelectionModel model_;
     std::optional<RegionSelectionModel::Commit> pendingCommit_;
+    HintPanelPainter hint_;
+    HintPanel::Corner hintCorner_ = HintPanel::Corner::bottomLeft;
 };
 
 // Makes `QtRegionOverlay`s, offering the windows of `windows` to pick.
