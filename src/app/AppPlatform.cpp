@@ -51,7 +51,8 @@ AppPlatform::AppPlatform()
       })),
       audioHUD([](const std::string& key) { return localize(key); }),
       overlays(windowList, [] { return QtScreenLayout::mainGlobalFrame(); }, ::getpid(), &SettingsStore::standardDefaults(),
-               [this](const std::string& text) { OwnPasteboard::write(pasteboard, OwnPasteboardLedger::shared(), text); }),
+               [this](const std::string& text) { OwnPasteboard::write(pasteboard, OwnPasteboardLedger::shared(), text); }, &accessibility,
+               [] { return SettingsStore().load().screenshotElementSnap; }),
       region(RegionScreenshotSession::make({
           .displays = displays,
           .layout = screens,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AtspiAccessibleElements.h"
 #include "AudioRecorder.h"
 #include "CaptureDeletion.h"
 #include "DisplayFullScreenCapture.h"
@@ -73,6 +74,7 @@ struct AppPlatform {
     QtAudioRecordingHUD audioHUD;
 
     X11WindowList windowList;
+    AtspiAccessibleElements accessibility;
     QtRegionOverlayFactory overlays;
     std::shared_ptr<RegionScreenshotSession> region;
     UnbuiltRecording recording;

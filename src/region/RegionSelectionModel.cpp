@@ -1,5 +1,6 @@
 #include "RegionSelectionModel.h"
 
+#include "ElementChain.h"
 #include "ToolDraft.h"
 
 #include <algorithm>
@@ -13,6 +14,7 @@ namespace {
 // Key codes by position, as the overlay's keys are named.
 namespace Key {
 constexpr std::uint32_t returnKey = 36, enter = 76, escape = 53, tab = 48, d = 2, f = 3, c = 8, equal = 24, minus = 27;
+constexpr std::uint32_t rightBracket = 30, leftBracket = 33;
 constexpr std::uint32_t left = 123, right = 124, down = 125, up = 126;
 } // namespace Key
 
@@ -55,12 +57,17 @@ void RegionSelectionModel::hover(Point p) {
     loupePoint_ = clamped(p, bounds_);
     hovered_.reset();
     hoveredID_.reset();
+    if (elementMode_) return;
+    if (const PickableWindow* window = windowAt(p)) {
+        hovered_ = window->rect.intersection(bounds_);
+        hoveredID_ = window->id;
+    }
+}
+
+const PickableWindow* RegionSelectionModel::windowAt(Point p) const {
     for (const PickableWindow& window : windows_)
-        if (window.rect.contains(p)) {
-            hovered_ = window.rect.intersection(bounds_);
-            hoveredID_ = window.id;
-            break;
-        }
+        if (window.rect.contains(p)) return &window;
+    return nullptr;
 }
 
 void RegionSelectionModel::clearHover() {
@@ -69,8 +76,40 @@ void RegionSelectionModel::clearHover() {
     loupePoint_.reset();
 }
 
+void RegionSelectionModel::enterElementMode() {
+    if (start_ || elementMode_) return;
+    elementMode_ = true;
+    candidate_.reset();
+    hovered_.reset();
+    hoveredID_.reset();
+}
+
+void RegionSelectionModel::exitElementMode() {
+    if (!elementMode_) return;
+    elementMode_ = false;
+    elementChain_.clear();
+    elementIndex_ = 0;
+    hover(pointer_);
+}
+
+void RegionSelectionModel::setElementChain(std::vector<Rect> chain) {
+    if (!elementMode_) return;
+    elementChain_ = std::move(chain);
+    elementIndex_ = 0;
+}
+
+std::optional<Rect> RegionSelectionModel::activeElement() const {
+    if (!elementMode_ || elementIndex_ >= elementChain_.size()) return std::nullopt;
+    return elementChain_[elementIndex_];
+}
+
 std::optional<RegionSelectionModel::Commit> RegionSelectionModel::press(Point p) {
     pointer_ = p;
+    if (elementMode_) {
+        if (const std::optional<Rect> element = activeElement()) return Commit{snappedToPixels(*element), std::nullopt};
+        return std::nullopt;
+    }
+    snapSuppressed_ = false;
     if (candidate_) {
         const Rect candidate = *candidate_;
         candidate_.reset();
@@ -83,6 +122,7 @@ std::optional<RegionSelectionModel::Commit> RegionSelectionModel::press(Point p)
 void RegionSelectionModel::drag(Point p, bool constrained, bool fromCenter) {
     if (!start_) return;
     pointer_ = p;
+    if (!snapSuppressed_ && !constrained && !fromCenter && !snapCandidates_.empty()) p = ElementDetection::snappedDragPoint(p, snapCandidates_);
     current_ = loupePoint_ = clamped(p, bounds_);
     constrained_ = constrained;
     fromCenter_ = fromCenter;
@@ -100,6 +140,7 @@ std::optional<Rect> RegionSelectionModel::liveSelection() const {
 }
 
 std::optional<Rect> RegionSelectionModel::highlight() const {
+    if (elementMode_) return activeElement();
     if (candidate_) return candidate_;
     return hovered_;
 }
@@ -119,10 +160,13 @@ RegionSelectionModel::Commit RegionSelectionModel::release() {
     start_.reset();
     current_.reset();
     loupePoint_.reset();
+    snapCandidates_.clear();
     return commit;
 }
 
 void RegionSelectionModel::nudge(double dx, double dy) {
+    snapSuppressed_ = true;
+    snapCandidates_.clear();
     current_ = loupePoint_ = clamped(*current_ + Point{dx, dy}, bounds_);
 }
 
@@ -134,13 +178,23 @@ RegionSelectionModel::KeyResult RegionSelectionModel::key(std::uint32_t keyCode,
             switch (shortcut->target.kind) {
             case CaptureModeTarget::Kind::audio: return {KeyOutcome::switchToAudio, std::nullopt};
             case CaptureModeTarget::Kind::presentation: return {KeyOutcome::switchToPresentation, std::nullopt};
-            case CaptureModeTarget::Kind::overlay: mode_ = shortcut->target.mode; return {KeyOutcome::handled, std::nullopt};
+            case CaptureModeTarget::Kind::overlay:
+                exitElementMode();
+                mode_ = shortcut->target.mode; return {KeyOutcome::handled, std::nullopt};
             }
+        }
+    }
+    if (elementMode_ && !elementChain_.empty()) {
+        const int step = keyCode == Key::rightBracket || keyCode == Key::up ? 1 : keyCode == Key::leftBracket || keyCode == Key::down ? -1 : 0;
+        if (step != 0) {
+            elementIndex_ = static_cast<std::size_t>(std::clamp(static_cast<int>(elementIndex_) + step, 0, static_cast<int>(elementChain_.size()) - 1));
+            return {KeyOutcome::handled, std::nullopt};
         }
     }
     switch (keyCode) {
     case Key::returnKey:
     case Key::enter: {
+        if (const std::optional<Rect> element = activeElement()) return {KeyOutcome::commit, Commit{snappedToPixels(*element), std::nullopt}};
         if (candidate_) return {KeyOutcome::commit, Commit{snappedToPixels(*candidate_), std::nullopt}};
         if (hovered_) return {KeyOutcome::commit, Commit{*hovered_, hoveredID_}};
         return {KeyOutcome::commit, Commit{bounds_, std::nullopt}};

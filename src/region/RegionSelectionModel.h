@@ -50,7 +50,23 @@ public:
 
     void hover(Point p);
     void clearHover();
-    // A press: inside a keyboard candidate it commits the candidate.
+    // The frontmost pickable window holding the point.
+    const PickableWindow* windowAt(Point p) const;
+
+    // Element mode (Ctrl held): the element under the pointer and its
+    // ancestors, deepest first, as view rectangles; "[" and "]" pick the
+    // level, a click or Return commits it. Not entered during a drag.
+    void enterElementMode();
+    void exitElementMode();
+    bool inElementMode() const { return elementMode_; }
+    void setElementChain(std::vector<Rect> chain);
+    std::optional<Rect> activeElement() const;
+    // Edges the dragged corner snaps to, within 8 points; Shift, Alt or a
+    // keyboard nudge turn snapping off (the nudge for the rest of the drag).
+    void setSnapCandidates(std::vector<Rect> candidates) { snapCandidates_ = std::move(candidates); }
+    bool wantsSnapCandidates() const { return start_ && !snapSuppressed_ && !elementMode_; }
+    // A press: inside a keyboard candidate it commits the candidate; in
+    // element mode it commits the element, and never starts a drag.
     std::optional<Commit> press(Point p);
     void drag(Point p, bool constrained, bool fromCenter);
     // The end of a press: the dragged region snapped to pixels, else the
@@ -97,6 +113,11 @@ private:
     std::optional<std::uint32_t> hoveredID_;
     std::optional<Rect> candidate_;
     Point candidateAnchor_;
+    bool elementMode_ = false;
+    std::vector<Rect> elementChain_;
+    std::size_t elementIndex_ = 0;
+    std::vector<Rect> snapCandidates_;
+    bool snapSuppressed_ = false;
     Point pointer_;
 };
 

@@ -1,5 +1,6 @@
 #include "QtRegionOverlay.h"
 
+#include "ElementChain.h"
 #include "LastRegion.h"
 #include "LocalizationManager.h"
 #include "PngEncoder.h"
@@ -8,6 +9,7 @@
 #include "ScreenCoordinates.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -193,6 +195,7 @@ void QtRegionOverlay::paintLoupe(QPainter& painter, QPointF at) {
 
 std::optional<HintPanel::State> QtRegionOverlay::desiredHintState() const {
     if ((hintHidden && hintHidden()) || !isActiveWindow()) return std::nullopt;
+    if (model_.inElementMode()) return HintPanel::Simple::elementPick;
     if (model_.liveSelection()) return HintPanel::Simple::dragging;
     if (pendingCommit_) return std::nullopt;
     return HintPanel::Idle{model_.mode()};
@@ -217,6 +220,7 @@ void QtRegionOverlay::paintHint(QPainter& painter) {
 void QtRegionOverlay::mousePressEvent(QMouseEvent* event) {
     if (event->button() == Qt::RightButton) return cancel();
     if (event->button() != Qt::LeftButton || pendingCommit_) return;
+    lastSnapQuery_.reset();
     if (std::optional<RegionSelectionModel::Commit> candidate = model_.press({event->position().x(), event->position().y()})) {
         commit(*candidate);
         return;
@@ -226,12 +230,46 @@ void QtRegionOverlay::mousePressEvent(QMouseEvent* event) {
 
 void QtRegionOverlay::mouseMoveEvent(QMouseEvent* event) {
     const Point p{event->position().x(), event->position().y()};
+    const bool shift = event->modifiers() & Qt::ShiftModifier, alt = event->modifiers() & Qt::AltModifier;
     if (event->buttons() & Qt::LeftButton) {
-        model_.drag(p, event->modifiers() & Qt::ShiftModifier, event->modifiers() & Qt::AltModifier);
+        if (!shift && !alt) refreshSnapCandidates(p);
+        model_.drag(p, shift, alt);
     } else {
+        followControlKey(event->modifiers() & Qt::ControlModifier, p);
         model_.hover(p);
+        detectElement(p);
     }
     update();
+}
+
+void QtRegionOverlay::followControlKey(bool held, Point at) {
+    if (!held) {
+        elementModeArmed_ = true;
+        model_.exitElementMode();
+        return;
+    }
+    if (!elementModeArmed_ || !elementsAt || model_.isDragging() || model_.inElementMode()) return;
+    model_.enterElementMode();
+    lastElementQuery_.reset();
+    detectElement(model_.loupePoint().value_or(at));
+}
+
+void QtRegionOverlay::detectElement(Point at) {
+    if (!model_.inElementMode()) return;
+    if (lastElementQuery_ && std::hypot(at.x - lastElementQuery_->x, at.y - lastElementQuery_->y) < ElementDetection::queryMove) return;
+    lastElementQuery_ = at;
+    model_.setElementChain(elementsAt(at));
+}
+
+void QtRegionOverlay::refreshSnapCandidates(Point at) {
+    if (!snapToElements || !model_.wantsSnapCandidates()) return;
+    if (lastSnapQuery_ && std::hypot(at.x - lastSnapQuery_->x, at.y - lastSnapQuery_->y) < ElementDetection::snapQueryMove) return;
+    lastSnapQuery_ = at;
+    const PickableWindow* window = model_.windowAt(at);
+    if (!window) return model_.setSnapCandidates({});
+    std::vector<Rect> candidates = elementsAt ? elementsAt(at) : std::vector<Rect>{};
+    candidates.push_back(window->rect);
+    model_.setSnapCandidates(std::move(candidates));
 }
 
 void QtRegionOverlay::mouseReleaseEvent(QMouseEvent* event) {
@@ -250,6 +288,12 @@ void QtRegionOverlay::wheelEvent(QWheelEvent* event) {
 
 void QtRegionOverlay::keyPressEvent(QKeyEvent* event) {
     const std::optional<KeyEvent> key = keyEventFromQt(*event, nullptr);
+    if (event->key() == Qt::Key_Control) {
+        const QPoint at = mapFromGlobal(QCursor::pos());
+        followControlKey(true, {static_cast<double>(at.x()), static_cast<double>(at.y())});
+        update();
+        return;
+    }
     if (!key || key->type != KeyEvent::Type::keyDown) return;
     if ((event->modifiers() & Qt::ControlModifier) && (event->key() == Qt::Key_Slash || event->key() == Qt::Key_Question)) {
         if (hintHidden && onHintHiddenChanged) onHintHiddenChanged(!hintHidden());
@@ -285,6 +329,12 @@ void QtRegionOverlay::keyPressEvent(QKeyEvent* event) {
         cancel();
         return;
     }
+}
+
+void QtRegionOverlay::keyReleaseEvent(QKeyEvent* event) {
+    if (event->key() != Qt::Key_Control) return QWidget::keyReleaseEvent(event);
+    followControlKey(false, {});
+    update();
 }
 
 void QtRegionOverlay::cancel() {
@@ -358,6 +408,18 @@ std::unique_ptr<RegionOverlay> QtRegionOverlayFactory::make(const ScreenInfo& sc
         overlay->onHintHiddenChanged = [&store](bool hidden) { store.set(hintHiddenKey, hidden); };
     }
     overlay->onCopyText = copyText_;
+    if (elements_ && elements_->isAvailable()) {
+        overlay->elementsAt = [elements = elements_, global, bounds = Rect(0, 0, global.width(), global.height()),
+                               picked = overlay.get()](Point at) -> std::vector<Rect> {
+            const PickableWindow* window = picked->model().windowAt(at);
+            if (!window) return {};
+            std::vector<Rect> frames;
+            for (const DetectedElement& element : ElementDetection::elementChain(*elements, {at.x + global.minX(), at.y + global.minY()}, window->pid))
+                frames.push_back(element.frame);
+            return ElementDetection::viewRects(frames, [&](const Rect& r) { return r.offsetBy(-global.minX(), -global.minY()); }, bounds);
+        };
+    }
+    overlay->snapToElements = snapToElements_ && snapToElements_();
     return overlay;
 }
 

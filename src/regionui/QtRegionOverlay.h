@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AccessibleElements.h"
 #include "DefaultsStore.h"
 #include "HintPanelPainter.h"
 #include "RegionOverlay.h"
@@ -43,6 +44,11 @@ public:
     // Whether the hint panel is hidden, and the choice of Ctrl+/ to keep.
     std::function<bool()> hintHidden;
     std::function<void(bool hidden)> onHintHiddenChanged;
+    // The element at a view point and its ancestors, deepest first, as view
+    // rectangles; unset when no accessibility bus answers.
+    std::function<std::vector<Rect>(Point viewPoint)> elementsAt;
+    // Whether a drag snaps to the edges of elements and windows.
+    bool snapToElements = false;
     RegionSelectionModel& selection() { return model_; }
 
 protected:
@@ -52,6 +58,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
 
 private:
     void commit(const RegionSelectionModel::Commit& commit);
@@ -61,6 +68,10 @@ private:
     Rect screenRect(const Rect& view) const;
     void paintLoupe(QPainter& painter, QPointF at);
     std::optional<HintPanel::State> desiredHintState() const;
+    // Ctrl held picks elements; Ctrl still down from the hotkey does not.
+    void followControlKey(bool held, Point at);
+    void detectElement(Point at);
+    void refreshSnapCandidates(Point at);
     void paintHint(QPainter& painter);
 
     ScreenInfo screen_;
@@ -72,16 +83,26 @@ private:
     std::optional<RegionSelectionModel::Commit> pendingCommit_;
     HintPanelPainter hint_;
     HintPanel::Corner hintCorner_ = HintPanel::Corner::bottomLeft;
+    bool elementModeArmed_ = false;
+    std::optional<Point> lastElementQuery_, lastSnapQuery_;
 };
 
 // Makes `QtRegionOverlay`s, offering the windows of `windows` to pick.
 class QtRegionOverlayFactory final : public RegionOverlayFactory {
 public:
     // `defaults` keeps the last region and the loupe's zoom; `copyText` puts a
-    // picked colour on the clipboard.
+    // picked colour on the clipboard; `elements` (may be null) finds the
+    // elements Ctrl picks and a drag snaps to, when `snapToElements` says so.
     QtRegionOverlayFactory(WindowListing& windows, std::function<Rect()> mainGlobalFrame, std::int64_t ownPID, DefaultsStore* defaults,
-                           std::function<void(const std::string&)> copyText)
-        : windows_(windows), mainGlobalFrame_(std::move(mainGlobalFrame)), ownPID_(ownPID), defaults_(defaults), copyText_(std::move(copyText)) {}
+                           std::function<void(const std::string&)> copyText, AccessibleElements* elements = nullptr,
+                           std::function<bool()> snapToElements = {})
+        : windows_(windows),
+          mainGlobalFrame_(std::move(mainGlobalFrame)),
+          ownPID_(ownPID),
+          defaults_(defaults),
+          copyText_(std::move(copyText)),
+          elements_(elements),
+          snapToElements_(std::move(snapToElements)) {}
 
     std::unique_ptr<RegionOverlay> make(const ScreenInfo& screen, const std::optional<CapturedDisplay>& frozen, ScreenshotOverlayMode mode,
                                         RegionOverlayCallbacks callbacks) override;
@@ -92,6 +113,8 @@ private:
     std::int64_t ownPID_;
     DefaultsStore* defaults_;
     std::function<void(const std::string&)> copyText_;
+    AccessibleElements* elements_;
+    std::function<bool()> snapToElements_;
 };
 
 } // namespace tosvar

@@ -91,6 +91,59 @@ TEST(RegionSelection, ArrowsNudgeTheDragByWholeDevicePixels) {
     EXPECT_EQ(m.dragPoint(), (Point{195, 199.5}));
 }
 
+TEST(RegionSelection, ElementModeStepsThroughTheChainAndCommitsTheLevelPicked) {
+    RegionSelectionModel m = model();
+    m.hover({150, 150});
+    m.enterElementMode();
+    EXPECT_FALSE(m.highlight()) << "the window hover gives way to the element";
+    m.setElementChain({{140, 140, 20, 20}, {120, 120, 100, 50}, {100, 100, 300, 200}});
+    EXPECT_EQ(m.highlight(), (Rect{140, 140, 20, 20}));
+    constexpr std::uint32_t rightBracket = 30, leftBracket = 33, down = 125;
+    EXPECT_EQ(m.key(rightBracket, 0, false).outcome, Outcome::handled);
+    EXPECT_EQ(m.key(up, 0, false).outcome, Outcome::handled);
+    EXPECT_EQ(m.key(rightBracket, 0, false).outcome, Outcome::handled);
+    EXPECT_EQ(m.highlight(), (Rect{100, 100, 300, 200})) << "the root is as wide as it goes";
+    m.key(leftBracket, 0, false);
+    EXPECT_EQ(m.key(returnKey, 0, false).commit, (Commit{{120, 120, 100, 50}, std::nullopt}));
+    m.key(down, 0, false);
+    EXPECT_EQ(m.press({145, 145}), (Commit{{140, 140, 20, 20}, std::nullopt}));
+    EXPECT_FALSE(m.isDragging());
+
+    m.exitElementMode();
+    EXPECT_EQ(m.highlight(), (Rect{100, 100, 300, 200})) << "the window hover comes back";
+    m.setElementChain({{1, 1, 10, 10}});
+    EXPECT_FALSE(m.activeElement()) << "a late chain outside element mode is dropped";
+}
+
+TEST(RegionSelection, ElementModeWithoutAnElementCommitsNothingByClickAndIsNotEnteredDuringADrag) {
+    RegionSelectionModel m = model();
+    m.enterElementMode();
+    m.setElementChain({});
+    EXPECT_FALSE(m.press({10, 10}));
+    EXPECT_FALSE(m.isDragging());
+    m.exitElementMode();
+    m.press({10, 10});
+    m.enterElementMode();
+    EXPECT_FALSE(m.inElementMode());
+}
+
+TEST(RegionSelection, ADragSnapsToNearEdgesUnlessShiftAltOrANudgeSaySo) {
+    RegionSelectionModel m = model();
+    m.press({10, 10});
+    m.setSnapCandidates({{100, 100, 300, 200}});
+    m.drag({95, 295}, false, false);
+    EXPECT_EQ(m.dragPoint(), (Point{100, 300})) << "each axis snaps on its own";
+    m.drag({92, 250}, false, false);
+    EXPECT_EQ(m.dragPoint(), (Point{92, 250})) << "8 points away is not near";
+    m.drag({95, 295}, true, false);
+    EXPECT_EQ(m.dragPoint(), (Point{95, 295}));
+    m.key(left, 0, true);
+    m.setSnapCandidates({{100, 100, 300, 200}});
+    EXPECT_FALSE(m.wantsSnapCandidates());
+    m.drag({95, 295}, false, false);
+    EXPECT_EQ(m.dragPoint(), (Point{95, 295})) << "a nudge ends snapping for the drag";
+}
+
 TEST(RegionSelection, TheLoupeZoomWalksItsLadderAndAddsUpFractions) {
     RegionSelectionModel m = model();
     EXPECT_EQ(m.loupeZoom(), 8);

@@ -1,5 +1,6 @@
 // The selection overlay on Qt's offscreen platform: where its hint panel
-// shows, how it makes way for a selection, and Ctrl+/ hiding it.
+// shows, how it makes way for a selection, Ctrl+/ hiding it, and Ctrl
+// picking elements.
 #include "QtRegionOverlay.h"
 #include "TestApplication.h"
 
@@ -20,14 +21,16 @@ CapturedDisplay greyDisplay() {
     return {std::move(image).freeze(), screen, 1};
 }
 
-class OverlayHintTest : public ::testing::Test {
+class OverlayTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() { testApplication<QApplication>(); }
 
     void SetUp() override {
         const CapturedDisplay display = greyDisplay();
-        overlay = std::make_unique<QtRegionOverlay>(display.screen, display.screen.frame, display, ScreenshotOverlayMode::annotate,
-                                                    RegionOverlayCallbacks{}, std::vector<PickableWindow>{});
+        RegionOverlayCallbacks callbacks;
+        callbacks.onFinish = [this](const RegionAnnotationOutcome& outcome) { finished = outcome; };
+        overlay = std::make_unique<QtRegionOverlay>(display.screen, display.screen.frame, display, ScreenshotOverlayMode::annotate, callbacks,
+                                                    std::vector<PickableWindow>{{7, 100, {100, 100, 300, 200}, {100, 100, 300, 200}}});
         overlay->hintHidden = [this] { return hidden; };
         overlay->onHintHiddenChanged = [this](bool value) { hidden = value; };
         overlay->show();
@@ -36,18 +39,24 @@ protected:
         ASSERT_TRUE(overlay->isActiveWindow());
     }
 
-    void mouse(QEvent::Type type, QPointF at, Qt::MouseButtons buttons) {
-        QMouseEvent event(type, at, overlay->mapToGlobal(at), type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton, buttons, {});
+    void mouse(QEvent::Type type, QPointF at, Qt::MouseButtons buttons, Qt::KeyboardModifiers modifiers = {}) {
+        QMouseEvent event(type, at, overlay->mapToGlobal(at), type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton, buttons, modifiers);
         QApplication::sendEvent(overlay.get(), &event);
     }
     // Whether the panel's dark plate covers the point: darker than the veil.
     bool panelAt(int x, int y) { return qGray(overlay->grab().toImage().pixel(x, y)) < 60; }
 
+    void control(QEvent::Type type) {
+        QKeyEvent event(type, Qt::Key_Control, type == QEvent::KeyPress ? Qt::ControlModifier : Qt::NoModifier);
+        QApplication::sendEvent(overlay.get(), &event);
+    }
+
     std::unique_ptr<QtRegionOverlay> overlay;
     bool hidden = false;
+    std::optional<RegionAnnotationOutcome> finished;
 };
 
-TEST_F(OverlayHintTest, ThePanelStartsBottomLeftAndMakesWayForASelectionDraggedIntoIt) {
+TEST_F(OverlayTest, ThePanelStartsBottomLeftAndMakesWayForASelectionDraggedIntoIt) {
     EXPECT_TRUE(panelAt(40, height - 30));
     EXPECT_FALSE(panelAt(width - 40, height - 30));
 
@@ -58,7 +67,7 @@ TEST_F(OverlayHintTest, ThePanelStartsBottomLeftAndMakesWayForASelectionDraggedI
     EXPECT_TRUE(panelAt(width - 40, height - 30));
 }
 
-TEST_F(OverlayHintTest, CtrlSlashHidesThePanelAndKeepsTheChoice) {
+TEST_F(OverlayTest, CtrlSlashHidesThePanelAndKeepsTheChoice) {
     QKeyEvent press(QEvent::KeyPress, Qt::Key_Slash, Qt::ControlModifier, QStringLiteral("/"));
     QApplication::sendEvent(overlay.get(), &press);
     EXPECT_TRUE(hidden);
@@ -66,6 +75,29 @@ TEST_F(OverlayHintTest, CtrlSlashHidesThePanelAndKeepsTheChoice) {
     QApplication::sendEvent(overlay.get(), &press);
     EXPECT_FALSE(hidden);
     EXPECT_TRUE(panelAt(40, height - 30));
+}
+
+TEST_F(OverlayTest, CtrlStillHeldFromTheHotkeyPicksNoElementUntilReleasedOnce) {
+    int queries = 0;
+    overlay->elementsAt = [&](Point) {
+        ++queries;
+        return std::vector<Rect>{{140, 140, 20, 20}, {100, 100, 300, 200}};
+    };
+    control(QEvent::KeyPress);
+    mouse(QEvent::MouseMove, {150, 150}, Qt::NoButton, Qt::ControlModifier);
+    EXPECT_FALSE(overlay->model().inElementMode());
+    EXPECT_EQ(overlay->model().highlight(), (Rect{100, 100, 300, 200})) << "the window is hovered as usual";
+
+    control(QEvent::KeyRelease);
+    control(QEvent::KeyPress);
+    ASSERT_TRUE(overlay->model().inElementMode());
+    EXPECT_EQ(overlay->model().highlight(), (Rect{140, 140, 20, 20}));
+    mouse(QEvent::MouseMove, {151, 151}, Qt::NoButton, Qt::ControlModifier);
+    EXPECT_EQ(queries, 1) << "a move under 4 points asks again for nothing";
+
+    mouse(QEvent::MouseButtonPress, {151, 151}, Qt::LeftButton, Qt::ControlModifier);
+    ASSERT_TRUE(finished);
+    EXPECT_EQ(finished->frame, (Rect{140, 440, 20, 20})) << "the element, in screen points";
 }
 
 } // namespace
