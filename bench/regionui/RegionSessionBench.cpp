@@ -46,7 +46,7 @@ struct IdleQueue final : MainQueue {
 struct TimedOverlays final : RegionOverlayFactory {
     QtRegionOverlayFactory real;
     bool painted = false;
-    explicit TimedOverlays(WindowListing& windows) : real(windows, [] { return Rect(0, 0, 3840, 2160); }, 0, nullptr, {}) {}
+    explicit TimedOverlays(WindowListing& windows) : real({.windows = windows, .mainGlobalFrame = [] { return Rect(0, 0, 3840, 2160); }}) {}
     std::unique_ptr<RegionOverlay> make(const ScreenInfo& screen, const std::optional<CapturedDisplay>& frozen, ScreenshotOverlayMode mode,
                                         RegionOverlayCallbacks callbacks) override {
         std::unique_ptr<RegionOverlay> overlay = real.make(screen, frozen, mode, std::move(callbacks));

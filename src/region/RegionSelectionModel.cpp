@@ -64,6 +64,12 @@ void RegionSelectionModel::hover(Point p) {
     }
 }
 
+const PickableWindow* RegionSelectionModel::window(std::uint32_t id) const {
+    for (const PickableWindow& window : windows_)
+        if (window.id == id) return &window;
+    return nullptr;
+}
+
 const PickableWindow* RegionSelectionModel::windowAt(Point p) const {
     for (const PickableWindow& window : windows_)
         if (window.rect.contains(p)) return &window;

@@ -52,6 +52,7 @@ public:
     void clearHover();
     // The frontmost pickable window holding the point.
     const PickableWindow* windowAt(Point p) const;
+    const PickableWindow* window(std::uint32_t id) const;
 
     // Element mode (Ctrl held): the element under the pointer and its
     // ancestors, deepest first, as view rectangles; "[" and "]" pick the

@@ -7,6 +7,7 @@
 #include "QtKeyEvents.h"
 #include "QtPainterCanvas.h"
 #include "ScreenCoordinates.h"
+#include "WindowImageTrimmer.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -360,14 +361,32 @@ void QtRegionOverlay::commit(const RegionSelectionModel::Commit& commit) {
     finishWith(commit);
 }
 
+// A clicked window comes from its own pixels, whole even where something
+// covers it, without transparent margins; a window the system cannot give,
+// and any other region, is cut from the frozen display.
+std::pair<ImageBuffer, Rect> QtRegionOverlay::capturedImage(const RegionSelectionModel::Commit& commit, double s) const {
+    if (commit.windowID && captureWindow) {
+        if (std::optional<ImageBuffer> own = captureWindow(*commit.windowID); own && !own->isEmpty()) {
+            const PickableWindow* window = model_.window(*commit.windowID);
+            const Rect full = window ? window->fullRect : commit.rect;
+            if (std::optional<TrimmedWindowImage> trimmed = WindowImageTrimmer::trimmedToOpaqueContent(*own))
+                return {trimmed->image, Rect(full.minX() + trimmed->box.x / s, full.minY() + trimmed->box.y / s, trimmed->box.width / s,
+                                             trimmed->box.height / s)};
+            return {*own, Rect(full.minX(), full.minY(), own->width() / s, own->height() / s)};
+        }
+    }
+    const Rect pixels = Rect(commit.rect.minX() * s, commit.rect.minY() * s, commit.rect.width() * s, commit.rect.height() * s).integral();
+    return {frozen_->image.cropped({static_cast<int>(pixels.minX()), static_cast<int>(pixels.minY()), static_cast<int>(pixels.width()),
+                                    static_cast<int>(pixels.height())}),
+            commit.rect};
+}
+
 void QtRegionOverlay::finishWith(const RegionSelectionModel::Commit& commit) {
     const double s = frozen_->image.width() / std::max(1.0, globalFrame_.width());
-    const Rect pixels = Rect(commit.rect.minX() * s, commit.rect.minY() * s, commit.rect.width() * s, commit.rect.height() * s).integral();
-    const ImageBuffer cropped = frozen_->image.cropped({static_cast<int>(pixels.minX()), static_cast<int>(pixels.minY()),
-                                                        static_cast<int>(pixels.width()), static_cast<int>(pixels.height())});
-    Expected<std::vector<std::uint8_t>> png = PngEncoder::encode(cropped);
+    const auto [image, rect] = capturedImage(commit, s);
+    Expected<std::vector<std::uint8_t>> png = PngEncoder::encode(image);
     if (!png) return cancel();
-    const Rect onScreen = screenRect(commit.rect);
+    const Rect onScreen = screenRect(rect);
     switch (model_.mode()) {
     case ScreenshotOverlayMode::translate:
         if (callbacks_.onRegionTranslate) callbacks_.onRegionTranslate(*png, onScreen);
@@ -385,11 +404,11 @@ void QtRegionOverlay::finishWith(const RegionSelectionModel::Commit& commit) {
 
 std::unique_ptr<RegionOverlay> QtRegionOverlayFactory::make(const ScreenInfo& screen, const std::optional<CapturedDisplay>& frozen,
                                                             ScreenshotOverlayMode mode, RegionOverlayCallbacks callbacks) {
-    const Rect main = mainGlobalFrame_();
+    const Rect main = services_.mainGlobalFrame();
     const Rect global = ScreenCoordinates::toGlobal(screen.frame, main);
-    WindowPicking::ListingContext context{screen.frame, main.height(), {global}, ownPID_, {}};
+    WindowPicking::ListingContext context{screen.frame, main.height(), {global}, services_.ownPID, {}};
     std::vector<PickableWindow> windows;
-    for (PickableWindow window : WindowPicking::onScreenWindowRects(windows_.onScreenWindows(), context)) {
+    for (PickableWindow window : WindowPicking::onScreenWindowRects(services_.windows.onScreenWindows(), context)) {
         // From screen points (y up) to this overlay's view (y down from its top).
         auto toView = [&](const Rect& r) { return Rect(r.minX() - screen.frame.minX(), screen.frame.maxY() - r.maxY(), r.width(), r.height()); };
         window.rect = toView(window.rect);
@@ -397,8 +416,8 @@ std::unique_ptr<RegionOverlay> QtRegionOverlayFactory::make(const ScreenInfo& sc
         windows.push_back(window);
     }
     auto overlay = std::make_unique<QtRegionOverlay>(screen, global, frozen, mode, std::move(callbacks), std::move(windows));
-    if (defaults_) {
-        DefaultsStore& store = *defaults_;
+    if (services_.defaults) {
+        DefaultsStore& store = *services_.defaults;
         if (const std::optional<std::string> last = store.string(LastRegion::defaultsKey))
             overlay->selection().setLastRegion(LastRegion::inView(*last, screen.frame));
         overlay->selection().setLoupeZoom(RegionSelectionModel::loupeZoomFromStored(store.real("screenshot.loupeZoom")));
@@ -407,9 +426,9 @@ std::unique_ptr<RegionOverlay> QtRegionOverlayFactory::make(const ScreenInfo& sc
         overlay->hintHidden = [&store] { return store.boolean(hintHiddenKey).value_or(false); };
         overlay->onHintHiddenChanged = [&store](bool hidden) { store.set(hintHiddenKey, hidden); };
     }
-    overlay->onCopyText = copyText_;
-    if (elements_ && elements_->isAvailable()) {
-        overlay->elementsAt = [elements = elements_, global, bounds = Rect(0, 0, global.width(), global.height()),
+    overlay->onCopyText = services_.copyText;
+    if (services_.elements && services_.elements->isAvailable()) {
+        overlay->elementsAt = [elements = services_.elements, global, bounds = Rect(0, 0, global.width(), global.height()),
                                picked = overlay.get()](Point at) -> std::vector<Rect> {
             const PickableWindow* window = picked->model().windowAt(at);
             if (!window) return {};
@@ -419,7 +438,8 @@ std::unique_ptr<RegionOverlay> QtRegionOverlayFactory::make(const ScreenInfo& sc
             return ElementDetection::viewRects(frames, [&](const Rect& r) { return r.offsetBy(-global.minX(), -global.minY()); }, bounds);
         };
     }
-    overlay->snapToElements = snapToElements_ && snapToElements_();
+    overlay->snapToElements = services_.snapToElements && services_.snapToElements();
+    overlay->captureWindow = services_.captureWindow;
     return overlay;
 }
 

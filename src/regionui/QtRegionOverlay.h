@@ -49,6 +49,8 @@ public:
     std::function<std::vector<Rect>(Point viewPoint)> elementsAt;
     // Whether a drag snaps to the edges of elements and windows.
     bool snapToElements = false;
+    // A window's own pixels, taken for a clicked window instead of the frozen display.
+    std::function<std::optional<ImageBuffer>(std::uint32_t windowID)> captureWindow;
     RegionSelectionModel& selection() { return model_; }
 
 protected:
@@ -63,6 +65,8 @@ protected:
 private:
     void commit(const RegionSelectionModel::Commit& commit);
     void finishWith(const RegionSelectionModel::Commit& commit);
+    // The image of a commit and where it stands in the view.
+    std::pair<ImageBuffer, Rect> capturedImage(const RegionSelectionModel::Commit& commit, double scale) const;
     void cancel();
     // A view rectangle as a rectangle of the screen (points, y up).
     Rect screenRect(const Rect& view) const;
@@ -90,31 +94,25 @@ private:
 // Makes `QtRegionOverlay`s, offering the windows of `windows` to pick.
 class QtRegionOverlayFactory final : public RegionOverlayFactory {
 public:
-    // `defaults` keeps the last region and the loupe's zoom; `copyText` puts a
-    // picked colour on the clipboard; `elements` (may be null) finds the
-    // elements Ctrl picks and a drag snaps to, when `snapToElements` says so.
-    QtRegionOverlayFactory(WindowListing& windows, std::function<Rect()> mainGlobalFrame, std::int64_t ownPID, DefaultsStore* defaults,
-                           std::function<void(const std::string&)> copyText, AccessibleElements* elements = nullptr,
-                           std::function<bool()> snapToElements = {})
-        : windows_(windows),
-          mainGlobalFrame_(std::move(mainGlobalFrame)),
-          ownPID_(ownPID),
-          defaults_(defaults),
-          copyText_(std::move(copyText)),
-          elements_(elements),
-          snapToElements_(std::move(snapToElements)) {}
+    struct Services {
+        WindowListing& windows;
+        std::function<Rect()> mainGlobalFrame;
+        std::int64_t ownPID = 0;
+        DefaultsStore* defaults = nullptr;            // keeps the last region, the loupe's zoom, the hint choice
+        std::function<void(const std::string&)> copyText = {}; // a picked colour to the clipboard
+        AccessibleElements* elements = nullptr;       // finds the elements Ctrl picks and drags snap to
+        std::function<bool()> snapToElements = {};
+        // A window's own pixels, for a clicked window; none falls back to the frozen display.
+        std::function<std::optional<ImageBuffer>(std::uint32_t windowID)> captureWindow = {};
+    };
+
+    explicit QtRegionOverlayFactory(Services services) : services_(std::move(services)) {}
 
     std::unique_ptr<RegionOverlay> make(const ScreenInfo& screen, const std::optional<CapturedDisplay>& frozen, ScreenshotOverlayMode mode,
                                         RegionOverlayCallbacks callbacks) override;
 
 private:
-    WindowListing& windows_;
-    std::function<Rect()> mainGlobalFrame_;
-    std::int64_t ownPID_;
-    DefaultsStore* defaults_;
-    std::function<void(const std::string&)> copyText_;
-    AccessibleElements* elements_;
-    std::function<bool()> snapToElements_;
+    Services services_;
 };
 
 } // namespace tosvar

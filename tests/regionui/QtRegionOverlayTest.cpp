@@ -100,5 +100,26 @@ TEST_F(OverlayTest, CtrlStillHeldFromTheHotkeyPicksNoElementUntilReleasedOnce) {
     EXPECT_EQ(finished->frame, (Rect{140, 440, 20, 20})) << "the element, in screen points";
 }
 
+TEST_F(OverlayTest, AClickedWindowComesFromItsOwnPixelsWithoutItsTransparentMargin) {
+    overlay->captureWindow = [](std::uint32_t id) -> std::optional<ImageBuffer> {
+        if (id != 7) return std::nullopt;
+        MutableImage image(300, 200);
+        image.fill({0, 0, 0, 0});
+        for (int y = 10; y < 190; ++y)
+            for (int x = 6; x < 294; ++x) image.setPixel(x, y, {200, 30, 30, 255});
+        return std::move(image).freeze();
+    };
+    mouse(QEvent::MouseMove, {150, 150}, Qt::NoButton);
+    mouse(QEvent::MouseButtonPress, {150, 150}, Qt::LeftButton);
+    mouse(QEvent::MouseButtonRelease, {150, 150}, Qt::NoButton);
+    ASSERT_TRUE(finished);
+    EXPECT_EQ(finished->frame, (Rect{106, 310, 288, 180})) << "the trimmed window, in screen points";
+    ASSERT_TRUE(finished->result.finishedValue());
+    const Bytes& bytes = finished->result.finishedValue()->png;
+    const QImage png = QImage::fromData(bytes.data(), static_cast<int>(bytes.size()));
+    EXPECT_EQ(png.size(), QSize(288, 180));
+    EXPECT_EQ(png.pixelColor(0, 0), QColor(200, 30, 30));
+}
+
 } // namespace
 } // namespace tosvar
