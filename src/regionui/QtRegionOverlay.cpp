@@ -278,6 +278,26 @@ void QtRegionOverlay::mouseReleaseEvent(QMouseEvent* event) {
     commit(model_.release());
 }
 
+void QtRegionOverlay::enterEvent(QEnterEvent* event) {
+    if (frozen_ && !isActiveWindow()) activateWindow();
+    QWidget::enterEvent(event);
+}
+
+void QtRegionOverlay::leaveEvent(QEvent* event) {
+    if (!model_.isDragging()) {
+        model_.exitElementMode();
+        model_.clearHover();
+        update();
+    }
+    QWidget::leaveEvent(event);
+}
+
+void QtRegionOverlay::changeEvent(QEvent* event) {
+    // The hint panel shows on the overlay that has the keys.
+    if (event->type() == QEvent::ActivationChange) update();
+    QWidget::changeEvent(event);
+}
+
 void QtRegionOverlay::wheelEvent(QWheelEvent* event) {
     const QPoint pixels = event->pixelDelta();
     const double delta = !pixels.isNull() ? pixels.y() * 0.01 : event->angleDelta().y() / 120.0 / 6.0;

@@ -77,6 +77,26 @@ TEST_F(OverlayTest, CtrlSlashHidesThePanelAndKeepsTheChoice) {
     EXPECT_TRUE(panelAt(40, height - 30));
 }
 
+TEST_F(OverlayTest, TheOverlayThePointerEntersTakesTheKeysAndTheOneItLeftForgetsItsHover) {
+    const CapturedDisplay display = greyDisplay();
+    QtRegionOverlay other(display.screen, display.screen.frame, display, ScreenshotOverlayMode::annotate, {}, {});
+    other.show();
+    overlay->activateWindow();
+    QApplication::processEvents();
+    ASSERT_FALSE(other.isActiveWindow());
+    mouse(QEvent::MouseMove, {150, 150}, Qt::NoButton);
+    ASSERT_TRUE(overlay->model().highlight());
+
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(overlay.get(), &leave);
+    QEnterEvent enter(QPointF(10, 10), QPointF(10, 10), QPointF(10, 10));
+    QApplication::sendEvent(&other, &enter);
+    QApplication::processEvents();
+    EXPECT_TRUE(other.isActiveWindow());
+    EXPECT_FALSE(overlay->model().highlight());
+    EXPECT_FALSE(overlay->model().loupePoint());
+}
+
 TEST_F(OverlayTest, CtrlStillHeldFromTheHotkeyPicksNoElementUntilReleasedOnce) {
     int queries = 0;
     overlay->elementsAt = [&](Point) {
