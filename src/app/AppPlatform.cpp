@@ -3,9 +3,10 @@
 #include "BuildTarget.h"
 #include "FfmpegMovieEncoder.h"
 #include "LocalizationManager.h"
-#include "SettingsStore.h"
 #include "OwnPasteboard.h"
+#include "QtX11Sync.h"
 #include "ScreenshotToast.h"
+#include "SettingsStore.h"
 #include "WorkerPool.h"
 
 #include <QApplication>
@@ -72,6 +73,11 @@ AppPlatform::AppPlatform()
           .toast = [](std::string_view key, double seconds) { ScreenshotToast::show(QString::fromStdString(localize(std::string(key))), seconds); },
           .ownPID = ::getpid(),
           .grabsSeeOverlays = true, // X11 root grabs include our windows
+          .hideChrome =
+              [] {
+                  ScreenshotToast::dismiss();
+                  syncQtWithX11Server();
+              },
       })),
       recording(forwardNotBuilt()),
       presentation(forwardNotBuilt()),

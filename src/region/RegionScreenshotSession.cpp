@@ -79,6 +79,7 @@ void RegionScreenshotSession::begin(ScreenshotOverlayMode mode, RegionOverlayCal
         // An open menu closes once it loses the keyboard, and a grab that sees
         // our own windows would freeze the veil: freeze before anything shows.
         logLine(menuOpen ? "menu open → synchronous freeze path" : "grabs see the overlays → synchronous freeze path");
+        if (s_.grabsSeeOverlays && s_.hideChrome) s_.hideChrome();
         const std::vector<std::optional<CapturedDisplay>> frozen = DisplayGrabber::grab(*s_.displays, DisplayGrabber::targets(screens_));
         const bool any = std::any_of(frozen.begin(), frozen.end(), [](const auto& f) { return f.has_value(); });
         if (!any) {

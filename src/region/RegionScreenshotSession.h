@@ -37,6 +37,9 @@ public:
         // A screen grab that would see the overlays (an X11 root grab does):
         // every display is then frozen before anything shows.
         bool grabsSeeOverlays = false;
+        // Takes our own transient windows (toasts) off the screen before
+        // such a grab, so the freeze does not hold them.
+        std::function<void()> hideChrome = {};
     };
 
     static constexpr std::chrono::milliseconds earlyFreezeDeadline = EarlyDisplayFreeze::deadline;

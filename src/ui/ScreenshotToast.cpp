@@ -61,8 +61,12 @@ QRect frame(const QRect& visibleFrame, const QSize& size) {
     return QRect(QPoint(x, bottom - size.height()), size);
 }
 
-void show(const QString& text, double seconds) {
+void dismiss() {
     if (current()) current()->close();
+}
+
+void show(const QString& text, double seconds) {
+    dismiss();
     auto* window = new ToastWindow(text);
     current() = window;
 

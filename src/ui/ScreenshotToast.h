@@ -17,6 +17,8 @@ inline constexpr int bottomOffset = 120;
 inline constexpr double captureSeconds = 1.6;
 
 void show(const QString& text, double seconds);
+// Takes the toast on screen away at once, before a screen grab.
+void dismiss();
 
 // Where a plate of `size` stands on a screen whose visible area (without
 // panels and docks) is `visibleFrame`: centred, its bottom 120 points above

@@ -245,13 +245,16 @@ TEST_F(SessionTest, AnOpenMenuIsFrozenBeforeAnythingShows) {
     EXPECT_TRUE(threads.empty()) << "nothing deferred";
 }
 
-TEST_F(SessionTest, WhereGrabsSeeTheOverlaysEveryDisplayIsFrozenBeforeAnyShows) {
+TEST_F(SessionTest, WhereGrabsSeeTheOverlaysEveryDisplayIsFrozenBeforeAnyShowsAndWithoutOurToasts) {
+    std::optional<int> grabsWhenChromeHid;
     auto session = RegionScreenshotSession::make({displays, layout, windows, overlays, permission, queue,
                                                   [](std::function<void()>) { FAIL() << "nothing runs after the overlays show"; },
-                                                  [] {}, [](std::string_view, double) {}, 4242, true});
+                                                  [] {}, [](std::string_view, double) {}, 4242, true,
+                                                  [&] { grabsWhenChromeHid = displays->grabs; }});
     session->capture([](const RegionAnnotationOutcome&) {});
     ASSERT_EQ(overlays.made.size(), 2u);
     EXPECT_TRUE(overlays.made[0]->isFrozen() && overlays.made[1]->isFrozen());
+    EXPECT_EQ(grabsWhenChromeHid, 0);
 }
 
 TEST_F(SessionTest, WithoutPermissionTheGuidanceShowsAndTheSessionEndsCancelled) {
