@@ -222,16 +222,16 @@ RegionSelectionModel::KeyResult RegionSelectionModel::key(std::uint32_t keyCode,
         candidateAnchor_ = pointer_;
         return {KeyOutcome::handled, std::nullopt};
     case Key::c:
-        if (!pointerIsDown && !start_ && mode_ == ScreenshotOverlayMode::annotate && loupePoint_) return {KeyOutcome::copyColor, std::nullopt};
+        if (!pointerIsDown && !start_ && mode_ == ScreenshotOverlayMode::annotate && loupeShows()) return {KeyOutcome::copyColor, std::nullopt};
         break;
     case Key::equal:
-        if (loupePoint_) {
+        if (loupeShows()) {
             adjustLoupeZoom(1);
             return {KeyOutcome::handled, std::nullopt};
         }
         break;
     case Key::minus:
-        if (loupePoint_) {
+        if (loupeShows()) {
             adjustLoupeZoom(-1);
             return {KeyOutcome::handled, std::nullopt};
         }
@@ -248,7 +248,7 @@ RegionSelectionModel::KeyResult RegionSelectionModel::key(std::uint32_t keyCode,
             nudge(dx, dy);
             return {KeyOutcome::handled, std::nullopt};
         }
-        if ((keyCode == Key::up || keyCode == Key::down) && loupePoint_) {
+        if ((keyCode == Key::up || keyCode == Key::down) && loupeShows()) {
             adjustLoupeZoom(keyCode == Key::up ? 1 : -1);
             return {KeyOutcome::handled, std::nullopt};
         }

@@ -90,6 +90,8 @@ public:
     const std::optional<Rect>& keyboardCandidate() const { return candidate_; }
     std::optional<std::uint32_t> hoveredWindowID() const { return hoveredID_; }
     std::optional<Point> loupePoint() const { return loupePoint_; }
+    // The loupe is drawn, and its keys work, outside element mode.
+    bool loupeShows() const { return loupePoint_ && !elementMode_; }
     std::optional<Point> dragPoint() const { return current_; }
     int loupeZoom() const { return loupeZoom_; }
     bool isDragging() const { return start_.has_value(); }

@@ -135,7 +135,7 @@ void QtRegionOverlay::paintEvent(QPaintEvent*) {
             painter.drawLine(QPointF(0, at->y), QPointF(all.width(), at->y));
         }
     }
-    if (const std::optional<Point> loupe = model_.loupePoint(); loupe && !frozenView_.isNull()) paintLoupe(painter, QPointF(loupe->x, loupe->y));
+    if (model_.loupeShows() && !frozenView_.isNull()) paintLoupe(painter, QPointF(model_.loupePoint()->x, model_.loupePoint()->y));
     paintHint(painter);
     if (!frozenView_.isNull() && onFirstFrozenFrame) {
         std::function<void()> told = std::move(onFirstFrozenFrame);

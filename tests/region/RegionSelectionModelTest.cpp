@@ -108,6 +108,7 @@ TEST(RegionSelection, ElementModeStepsThroughTheChainAndCommitsTheLevelPicked) {
     m.key(down, 0, false);
     EXPECT_EQ(m.press({145, 145}), (Commit{{140, 140, 20, 20}, std::nullopt}));
     EXPECT_FALSE(m.isDragging());
+    EXPECT_EQ(m.key(keyC, 0, false).outcome, Outcome::passed) << "no loupe, so no colour, in element mode";
 
     m.exitElementMode();
     EXPECT_EQ(m.highlight(), (Rect{100, 100, 300, 200})) << "the window hover comes back";
