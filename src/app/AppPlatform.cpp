@@ -59,6 +59,7 @@ AppPlatform::AppPlatform()
           .copyText = [this](const std::string& text) { OwnPasteboard::write(pasteboard, OwnPasteboardLedger::shared(), text); },
           .elements = &accessibility,
           .snapToElements = [] { return SettingsStore().load().screenshotElementSnap; },
+          .runDetached = [](std::function<void()> work) { WorkerPool::shared().detach(std::move(work)); },
           .captureWindow = [this](std::uint32_t windowID) { return displays->captureWindow(windowID); },
       }),
       region(RegionScreenshotSession::make({

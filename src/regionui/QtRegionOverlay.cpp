@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QCursor>
+#include <QTimer>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -259,7 +260,28 @@ void QtRegionOverlay::detectElement(Point at) {
     if (!model_.inElementMode()) return;
     if (lastElementQuery_ && std::hypot(at.x - lastElementQuery_->x, at.y - lastElementQuery_->y) < ElementDetection::queryMove) return;
     lastElementQuery_ = at;
-    model_.setElementChain(elementsAt(at));
+    ElementLookup lookup = elementsAt(at);
+    elementCoarse_ = lookup.coarse;
+    model_.setElementChain(std::move(lookup.rects));
+    if (lookup.coarse) wake(lookup.pid, true);
+}
+
+void QtRegionOverlay::wake(std::int64_t pid, bool redetect) {
+    if (!wakeProgram || !wokenPIDs_.insert(pid).second) return;
+    wakeProgram(pid);
+    if (redetect) scheduleElementRedetect(0);
+}
+
+void QtRegionOverlay::scheduleElementRedetect(int attempt) {
+    const std::optional<double> delay = ElementDetection::redetectDelay(attempt);
+    if (!delay) return;
+    QTimer::singleShot(static_cast<int>(*delay * 1000), this, [this, attempt] {
+        if (!model_.inElementMode() || !elementCoarse_ || !model_.loupePoint()) return;
+        lastElementQuery_.reset();
+        detectElement(*model_.loupePoint());
+        update();
+        if (elementCoarse_) scheduleElementRedetect(attempt + 1);
+    });
 }
 
 void QtRegionOverlay::refreshSnapCandidates(Point at) {
@@ -268,7 +290,12 @@ void QtRegionOverlay::refreshSnapCandidates(Point at) {
     lastSnapQuery_ = at;
     const PickableWindow* window = model_.windowAt(at);
     if (!window) return model_.setSnapCandidates({});
-    std::vector<Rect> candidates = elementsAt ? elementsAt(at) : std::vector<Rect>{};
+    std::vector<Rect> candidates;
+    if (elementsAt) {
+        ElementLookup lookup = elementsAt(at);
+        if (lookup.rects.empty()) wake(lookup.pid, false);
+        candidates = std::move(lookup.rects);
+    }
     candidates.push_back(window->rect);
     model_.setSnapCandidates(std::move(candidates));
 }
@@ -449,14 +476,23 @@ std::unique_ptr<RegionOverlay> QtRegionOverlayFactory::make(const ScreenInfo& sc
     overlay->onCopyText = services_.copyText;
     if (services_.elements && services_.elements->isAvailable()) {
         overlay->elementsAt = [elements = services_.elements, global, bounds = Rect(0, 0, global.width(), global.height()),
-                               picked = overlay.get()](Point at) -> std::vector<Rect> {
+                               picked = overlay.get()](Point at) -> QtRegionOverlay::ElementLookup {
             const PickableWindow* window = picked->model().windowAt(at);
             if (!window) return {};
+            const std::vector<DetectedElement> chain =
+                ElementDetection::elementChain(*elements, {at.x + global.minX(), at.y + global.minY()}, window->pid);
             std::vector<Rect> frames;
-            for (const DetectedElement& element : ElementDetection::elementChain(*elements, {at.x + global.minX(), at.y + global.minY()}, window->pid))
-                frames.push_back(element.frame);
-            return ElementDetection::viewRects(frames, [&](const Rect& r) { return r.offsetBy(-global.minX(), -global.minY()); }, bounds);
+            for (const DetectedElement& element : chain) frames.push_back(element.frame);
+            std::vector<Rect> rects =
+                ElementDetection::viewRects(frames, [&](const Rect& r) { return r.offsetBy(-global.minX(), -global.minY()); }, bounds);
+            const std::optional<std::string> rootRole = chain.empty() ? std::nullopt : elements->role(chain.back().element);
+            const bool coarse = ElementDetection::isCoarse(rects, rootRole, window->rect);
+            return {std::move(rects), coarse, window->pid};
         };
+        if (services_.runDetached)
+            overlay->wakeProgram = [elements = services_.elements, run = services_.runDetached](std::int64_t pid) {
+                run([elements, pid] { elements->enableAccessibility(pid); });
+            };
     }
     overlay->snapToElements = services_.snapToElements && services_.snapToElements();
     overlay->captureWindow = services_.captureWindow;

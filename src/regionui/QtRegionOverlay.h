@@ -10,6 +10,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <set>
 
 namespace tosvar {
 
@@ -44,9 +45,18 @@ public:
     // Whether the hint panel is hidden, and the choice of Ctrl+/ to keep.
     std::function<bool()> hintHidden;
     std::function<void(bool hidden)> onHintHiddenChanged;
-    // The element at a view point and its ancestors, deepest first, as view
-    // rectangles; unset when no accessibility bus answers.
-    std::function<std::vector<Rect>(Point viewPoint)> elementsAt;
+    // What the accessibility tree says at a view point: the element and its
+    // ancestors, deepest first, as view rectangles; whether the program looks
+    // like it has not built its tree yet; and the program.
+    struct ElementLookup {
+        std::vector<Rect> rects;
+        bool coarse = false;
+        std::int64_t pid = 0;
+    };
+    // Unset when no accessibility bus answers.
+    std::function<ElementLookup(Point viewPoint)> elementsAt;
+    // Asks a program to build its accessibility tree, off the main thread.
+    std::function<void(std::int64_t pid)> wakeProgram;
     // Whether a drag snaps to the edges of elements and windows.
     bool snapToElements = false;
     // A window's own pixels, taken for a clicked window instead of the frozen display.
@@ -80,6 +90,10 @@ private:
     void followControlKey(bool held, Point at);
     void detectElement(Point at);
     void refreshSnapCandidates(Point at);
+    // Wakes a program once per session; with `redetect`, reads its tree
+    // again a few times while it stays coarse.
+    void wake(std::int64_t pid, bool redetect);
+    void scheduleElementRedetect(int attempt);
     void paintHint(QPainter& painter);
 
     ScreenInfo screen_;
@@ -93,6 +107,8 @@ private:
     HintPanel::Corner hintCorner_ = HintPanel::Corner::bottomLeft;
     bool elementModeArmed_ = false;
     std::optional<Point> lastElementQuery_, lastSnapQuery_;
+    bool elementCoarse_ = false;
+    std::set<std::int64_t> wokenPIDs_;
 };
 
 // Makes `QtRegionOverlay`s, offering the windows of `windows` to pick.
@@ -106,6 +122,7 @@ public:
         std::function<void(const std::string&)> copyText = {}; // a picked colour to the clipboard
         AccessibleElements* elements = nullptr;       // finds the elements Ctrl picks and drags snap to
         std::function<bool()> snapToElements = {};
+        std::function<void(std::function<void()>)> runDetached = {}; // wakes programs' accessibility off the main thread
         // A window's own pixels, for a clicked window; none falls back to the frozen display.
         std::function<std::optional<ImageBuffer>(std::uint32_t windowID)> captureWindow = {};
     };

@@ -5,6 +5,7 @@
 #include "TestApplication.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <gtest/gtest.h>
@@ -101,7 +102,7 @@ TEST_F(OverlayTest, CtrlStillHeldFromTheHotkeyPicksNoElementUntilReleasedOnce) {
     int queries = 0;
     overlay->elementsAt = [&](Point) {
         ++queries;
-        return std::vector<Rect>{{140, 140, 20, 20}, {100, 100, 300, 200}};
+        return QtRegionOverlay::ElementLookup{{{140, 140, 20, 20}, {100, 100, 300, 200}}, false, 100};
     };
     control(QEvent::KeyPress);
     mouse(QEvent::MouseMove, {150, 150}, Qt::NoButton, Qt::ControlModifier);
@@ -118,6 +119,28 @@ TEST_F(OverlayTest, CtrlStillHeldFromTheHotkeyPicksNoElementUntilReleasedOnce) {
     mouse(QEvent::MouseButtonPress, {151, 151}, Qt::LeftButton, Qt::ControlModifier);
     ASSERT_TRUE(finished);
     EXPECT_EQ(finished->frame, (Rect{140, 440, 20, 20})) << "the element, in screen points";
+}
+
+TEST_F(OverlayTest, AProgramWithACoarseTreeIsWokenOnceAndReadAgainUntilItAnswersInDetail) {
+    int queries = 0;
+    std::vector<std::int64_t> woken;
+    overlay->elementsAt = [&](Point) {
+        ++queries;
+        if (queries < 3) return QtRegionOverlay::ElementLookup{{{100, 100, 300, 200}}, true, 100};
+        return QtRegionOverlay::ElementLookup{{{140, 140, 20, 20}, {100, 100, 300, 200}}, false, 100};
+    };
+    overlay->wakeProgram = [&](std::int64_t pid) { woken.push_back(pid); };
+    mouse(QEvent::MouseMove, {150, 150}, Qt::NoButton);
+    control(QEvent::KeyPress);
+    ASSERT_TRUE(overlay->model().inElementMode());
+    EXPECT_EQ(woken, std::vector<std::int64_t>{100});
+
+    QElapsedTimer waited;
+    waited.start();
+    while (queries < 3 && waited.elapsed() < 3000) QApplication::processEvents(QEventLoop::AllEvents, 20);
+    EXPECT_EQ(queries, 3) << "read again after 0.2 s, then 0.4 s";
+    EXPECT_EQ(overlay->model().highlight(), (Rect{140, 140, 20, 20}));
+    EXPECT_EQ(woken.size(), 1u);
 }
 
 TEST_F(OverlayTest, AClickedWindowComesFromItsOwnPixelsWithoutItsTransparentMargin) {
