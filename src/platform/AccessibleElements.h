@@ -27,6 +27,9 @@ public:
     // Global top-left frame.
     virtual std::optional<Rect> frame(const Handle& element) = 0;
     virtual std::optional<std::string> role(const Handle& element) = 0;
+    // What the element says: its text, else its name, else its description;
+    // the first that is not blank, trimmed.
+    virtual std::optional<std::string> text(const Handle& element) = 0;
     // Asks the program to build its tree; may block for a while, so callers
     // run it off the main thread.
     virtual void enableAccessibility(std::int64_t pid) = 0;

@@ -222,6 +222,7 @@ RegionSelectionModel::KeyResult RegionSelectionModel::key(std::uint32_t keyCode,
         candidateAnchor_ = pointer_;
         return {KeyOutcome::handled, std::nullopt};
     case Key::c:
+        if (activeElement()) return {KeyOutcome::copyElementText, std::nullopt};
         if (!pointerIsDown && !start_ && mode_ == ScreenshotOverlayMode::annotate && loupeShows()) return {KeyOutcome::copyColor, std::nullopt};
         break;
     case Key::equal:

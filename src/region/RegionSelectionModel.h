@@ -32,6 +32,7 @@ public:
         switchToAudio,
         switchToPresentation,
         copyColor,   // copy the colour under the loupe and end
+        copyElementText, // copy what the picked element says and end
     };
     struct KeyResult {
         KeyOutcome outcome = KeyOutcome::passed;
@@ -62,6 +63,8 @@ public:
     bool inElementMode() const { return elementMode_; }
     void setElementChain(std::vector<Rect> chain);
     std::optional<Rect> activeElement() const;
+    // Which level of the chain is picked, 0 the deepest.
+    std::size_t elementLevel() const { return elementIndex_; }
     // Edges the dragged corner snaps to, within 8 points; Shift, Alt or a
     // keyboard nudge turn snapping off (the nudge for the rest of the drag).
     void setSnapCandidates(std::vector<Rect> candidates) { snapCandidates_ = std::move(candidates); }

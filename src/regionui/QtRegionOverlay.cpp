@@ -262,6 +262,7 @@ void QtRegionOverlay::detectElement(Point at) {
     lastElementQuery_ = at;
     ElementLookup lookup = elementsAt(at);
     elementCoarse_ = lookup.coarse;
+    elementTextOf_ = std::move(lookup.textOf);
     model_.setElementChain(std::move(lookup.rects));
     if (lookup.coarse) wake(lookup.pid, true);
 }
@@ -365,6 +366,16 @@ void QtRegionOverlay::keyPressEvent(QKeyEvent* event) {
     case Outcome::switchToPresentation:
         if (callbacks_.onSwitchToPresentation) callbacks_.onSwitchToPresentation();
         return;
+    case Outcome::copyElementText: {
+        const std::optional<std::string> text = elementTextOf_ ? elementTextOf_(model_.elementLevel()) : std::nullopt;
+        if (!text) {
+            QApplication::beep();
+            return;
+        }
+        if (onCopyText) onCopyText(*text);
+        cancel();
+        return;
+    }
     case Outcome::copyColor:
         if (const std::optional<Point> at = model_.loupePoint(); at && !frozenView_.isNull() && onCopyText) {
             const double s = frozenView_.width() / std::max(1.0, static_cast<double>(width()));
@@ -481,13 +492,20 @@ std::unique_ptr<RegionOverlay> QtRegionOverlayFactory::make(const ScreenInfo& sc
             if (!window) return {};
             const std::vector<DetectedElement> chain =
                 ElementDetection::elementChain(*elements, {at.x + global.minX(), at.y + global.minY()}, window->pid);
-            std::vector<Rect> frames;
-            for (const DetectedElement& element : chain) frames.push_back(element.frame);
-            std::vector<Rect> rects =
-                ElementDetection::viewRects(frames, [&](const Rect& r) { return r.offsetBy(-global.minX(), -global.minY()); }, bounds);
+            // The levels big enough to show, each with its element.
+            std::vector<Rect> rects;
+            std::vector<AccessibleElements::Handle> handles;
+            for (const DetectedElement& element : chain)
+                for (const Rect& rect : ElementDetection::viewRects({element.frame}, [&](const Rect& r) { return r.offsetBy(-global.minX(), -global.minY()); }, bounds)) {
+                    rects.push_back(rect);
+                    handles.push_back(element.element);
+                }
             const std::optional<std::string> rootRole = chain.empty() ? std::nullopt : elements->role(chain.back().element);
             const bool coarse = ElementDetection::isCoarse(rects, rootRole, window->rect);
-            return {std::move(rects), coarse, window->pid};
+            auto textOf = [elements, handles](std::size_t level) -> std::optional<std::string> {
+                return level < handles.size() ? elements->text(handles[level]) : std::nullopt;
+            };
+            return {std::move(rects), coarse, window->pid, std::move(textOf)};
         };
         if (services_.runDetached)
             overlay->wakeProgram = [elements = services_.elements, run = services_.runDetached](std::int64_t pid) {

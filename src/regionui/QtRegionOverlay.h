@@ -52,6 +52,8 @@ public:
         std::vector<Rect> rects;
         bool coarse = false;
         std::int64_t pid = 0;
+        // What the element at a level of `rects` says, when it says anything.
+        std::function<std::optional<std::string>(std::size_t level)> textOf = {};
     };
     // Unset when no accessibility bus answers.
     std::function<ElementLookup(Point viewPoint)> elementsAt;
@@ -108,6 +110,7 @@ private:
     bool elementModeArmed_ = false;
     std::optional<Point> lastElementQuery_, lastSnapQuery_;
     bool elementCoarse_ = false;
+    std::function<std::optional<std::string>(std::size_t level)> elementTextOf_;
     std::set<std::int64_t> wokenPIDs_;
 };
 

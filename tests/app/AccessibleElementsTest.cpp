@@ -61,6 +61,7 @@ TEST(AccessibleElements, TheChainUnderAButtonOfAnotherProgram) {
     })) << "no chain under the button";
 
     EXPECT_EQ(elements.role(chain.front().element), "push button");
+    EXPECT_EQ(elements.text(chain.front().element), "Get Started") << "a button says its name";
     EXPECT_TRUE(chain.front().frame.contains(nearTheBottomRight));
     EXPECT_LT(chain.front().frame.width(), 200);
     EXPECT_EQ(chain.back().frame.size, window.size) << "the window closes the chain";

@@ -48,6 +48,7 @@ struct NestedElements final : AccessibleElements {
         auto found = roles.find(static_cast<const Node&>(*element).index);
         return found == roles.end() ? std::nullopt : std::optional(found->second);
     }
+    std::optional<std::string> text(const Handle&) override { return std::nullopt; }
     void enableAccessibility(std::int64_t pid) override { woken.push_back(pid); }
 };
 

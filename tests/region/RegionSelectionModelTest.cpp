@@ -108,7 +108,8 @@ TEST(RegionSelection, ElementModeStepsThroughTheChainAndCommitsTheLevelPicked) {
     m.key(down, 0, false);
     EXPECT_EQ(m.press({145, 145}), (Commit{{140, 140, 20, 20}, std::nullopt}));
     EXPECT_FALSE(m.isDragging());
-    EXPECT_EQ(m.key(keyC, 0, false).outcome, Outcome::passed) << "no loupe, so no colour, in element mode";
+    EXPECT_EQ(m.key(keyC, 0, false).outcome, Outcome::copyElementText);
+    EXPECT_EQ(m.elementLevel(), 0u);
 
     m.exitElementMode();
     EXPECT_EQ(m.highlight(), (Rect{100, 100, 300, 200})) << "the window hover comes back";
@@ -120,6 +121,7 @@ TEST(RegionSelection, ElementModeWithoutAnElementCommitsNothingByClickAndIsNotEn
     RegionSelectionModel m = model();
     m.enterElementMode();
     m.setElementChain({});
+    EXPECT_EQ(m.key(keyC, 0, false).outcome, Outcome::passed) << "no element and no loupe: C does nothing";
     EXPECT_FALSE(m.press({10, 10}));
     EXPECT_FALSE(m.isDragging());
     m.exitElementMode();

@@ -121,6 +121,29 @@ TEST_F(OverlayTest, CtrlStillHeldFromTheHotkeyPicksNoElementUntilReleasedOnce) {
     EXPECT_EQ(finished->frame, (Rect{140, 440, 20, 20})) << "the element, in screen points";
 }
 
+TEST_F(OverlayTest, CCopiesWhatThePickedLevelSaysAndEnds) {
+    std::vector<std::string> copied;
+    overlay->onCopyText = [&](const std::string& text) { copied.push_back(text); };
+    overlay->elementsAt = [](Point) {
+        return QtRegionOverlay::ElementLookup{{{140, 140, 20, 20}, {100, 100, 300, 200}}, false, 100, [](std::size_t level) {
+                                                  return level == 1 ? std::optional<std::string>("Preferences") : std::nullopt;
+                                              }};
+    };
+    mouse(QEvent::MouseMove, {150, 150}, Qt::NoButton);
+    control(QEvent::KeyPress);
+    QKeyEvent c(QEvent::KeyPress, Qt::Key_C, Qt::ControlModifier, QStringLiteral("c"));
+    QApplication::sendEvent(overlay.get(), &c);
+    EXPECT_TRUE(copied.empty()) << "the deepest level says nothing: a beep, and the session goes on";
+    EXPECT_FALSE(finished);
+
+    QKeyEvent up(QEvent::KeyPress, Qt::Key_BracketRight, Qt::ControlModifier, QStringLiteral("]"));
+    QApplication::sendEvent(overlay.get(), &up);
+    QApplication::sendEvent(overlay.get(), &c);
+    EXPECT_EQ(copied, std::vector<std::string>{"Preferences"});
+    ASSERT_TRUE(finished);
+    EXPECT_FALSE(finished->result.finishedValue()) << "cancelled: no image goes out";
+}
+
 TEST_F(OverlayTest, AProgramWithACoarseTreeIsWokenOnceAndReadAgainUntilItAnswersInDetail) {
     int queries = 0;
     std::vector<std::int64_t> woken;

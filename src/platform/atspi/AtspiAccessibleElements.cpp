@@ -10,6 +10,8 @@
 #include <QDBusVariant>
 #include <QUuid>
 
+#include <functional>
+
 namespace tosvar {
 
 namespace {
@@ -122,6 +124,32 @@ std::optional<std::string> AtspiAccessibleElements::role(const Handle& element) 
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) return std::nullopt;
     const std::string name = reply.arguments().first().toString().toStdString();
     return name == "document web" ? std::string("AXWebArea") : name;
+}
+
+std::optional<std::string> AtspiAccessibleElements::text(const Handle& element) {
+    const AtspiElement& e = atspi(element);
+    auto firstArgument = [this](const QDBusMessage& call) -> QVariant {
+        const QDBusMessage reply = bus_.call(call, QDBus::Block, messageTimeoutMilliseconds);
+        if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) return {};
+        const QVariant value = reply.arguments().first();
+        return value.canConvert<QDBusVariant>() ? value.value<QDBusVariant>().variant() : value;
+    };
+    auto property = [&](const QString& name) {
+        QDBusMessage call = QDBusMessage::createMethodCall(e.service, e.path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+        call << accessibleInterface << name;
+        return firstArgument(call).toString();
+    };
+    auto content = [&] {
+        QDBusMessage call = QDBusMessage::createMethodCall(e.service, e.path, QStringLiteral("org.a11y.atspi.Text"), QStringLiteral("GetText"));
+        call << 0 << -1;
+        return firstArgument(call).toString();
+    };
+    for (const std::function<QString()>& read : std::initializer_list<std::function<QString()>>{
+             content, [&] { return property(QStringLiteral("Name")); }, [&] { return property(QStringLiteral("Description")); }}) {
+        const QString found = read().trimmed();
+        if (!found.isEmpty()) return found.toStdString();
+    }
+    return std::nullopt;
 }
 
 void AtspiAccessibleElements::enableAccessibility(std::int64_t pid) {

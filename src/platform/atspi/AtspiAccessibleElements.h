@@ -24,6 +24,7 @@ public:
     Handle parent(const Handle& element) override;
     std::optional<Rect> frame(const Handle& element) override;
     std::optional<std::string> role(const Handle& element) override;
+    std::optional<std::string> text(const Handle& element) override;
     void enableAccessibility(std::int64_t pid) override;
 
 private:
