@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QCursor>
 #include <QTimer>
+#include <QVariantAnimation>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -46,6 +47,11 @@ QtRegionOverlay::QtRegionOverlay(const ScreenInfo& screen, const Rect& globalFra
     setCursor(Qt::CrossCursor);
     setGeometry(QRectF(globalFrame.minX(), globalFrame.minY(), globalFrame.width(), globalFrame.height()).toAlignedRect());
     model_.setWindows(std::move(windows));
+    hintFade_ = new QVariantAnimation(this);
+    hintFade_->setStartValue(0.0);
+    hintFade_->setEndValue(1.0);
+    hintFade_->setDuration(150);
+    connect(hintFade_, &QVariantAnimation::valueChanged, this, [this] { update(); });
     if (frozen) attachFrozen(*frozen);
 }
 
@@ -205,18 +211,32 @@ std::optional<HintPanel::State> QtRegionOverlay::desiredHintState() const {
 
 void QtRegionOverlay::paintHint(QPainter& painter) {
     const std::optional<HintPanel::State> state = desiredHintState();
-    if (!state) return;
-    hint_.apply(HintPanel::content(*state, [](const std::string& key) { return L(key); }));
+    if (!state) {
+        hintShown_ = false;
+        return;
+    }
+    if (state != hintState_) hint_.apply(HintPanel::content(*state, [](const std::string& key) { return L(key); }));
+    hintState_ = state;
     std::vector<Rect> obstacles;
     for (const std::optional<Rect>& r : {model_.liveSelection(), model_.keyboardCandidate(),
                                          pendingCommit_ ? std::optional<Rect>(pendingCommit_->rect) : std::nullopt})
         if (r) obstacles.push_back(r->insetBy(-8, -8));
     const Size panel{hint_.size().width(), hint_.size().height()};
     const std::optional<HintPanel::Corner> corner = HintPanel::placement(panel, model_.bounds(), obstacles, hintCorner_);
-    if (!corner) return;
+    if (!corner) {
+        hintShown_ = false;
+        return;
+    }
     hintCorner_ = *corner;
+    if (!hintShown_) {
+        hintShown_ = true;
+        hintFade_->start();
+    }
     const Rect at = HintPanel::frame(panel, model_.bounds(), *corner);
+    painter.save();
+    painter.setOpacity(hintFade_->currentValue().toDouble());
     hint_.paint(painter, QPointF(at.minX(), at.minY()));
+    painter.restore();
 }
 
 void QtRegionOverlay::mousePressEvent(QMouseEvent* event) {

@@ -12,6 +12,8 @@
 #include <functional>
 #include <set>
 
+class QVariantAnimation;
+
 namespace tosvar {
 
 // The selection overlay of one display on Qt: a frameless window above
@@ -106,6 +108,9 @@ private:
     RegionSelectionModel model_;
     std::optional<RegionSelectionModel::Commit> pendingCommit_;
     HintPanelPainter hint_;
+    std::optional<HintPanel::State> hintState_;
+    bool hintShown_ = false;
+    QVariantAnimation* hintFade_; // 0.15 s fade-in of a panel that was not showing
     HintPanel::Corner hintCorner_ = HintPanel::Corner::bottomLeft;
     bool elementModeArmed_ = false;
     std::optional<Point> lastElementQuery_, lastSnapQuery_;

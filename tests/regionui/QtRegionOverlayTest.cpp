@@ -44,8 +44,15 @@ protected:
         QMouseEvent event(type, at, overlay->mapToGlobal(at), type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton, buttons, modifiers);
         QApplication::sendEvent(overlay.get(), &event);
     }
-    // Whether the panel's dark plate covers the point: darker than the veil.
-    bool panelAt(int x, int y) { return qGray(overlay->grab().toImage().pixel(x, y)) < 60; }
+    // Whether the panel's dark plate covers the point: darker than the veil,
+    // once a panel that just appeared has faded in.
+    bool panelAt(int x, int y) {
+        overlay->grab();
+        QElapsedTimer fading;
+        fading.start();
+        while (fading.elapsed() < 250) QApplication::processEvents(QEventLoop::AllEvents, 20);
+        return qGray(overlay->grab().toImage().pixel(x, y)) < 60;
+    }
 
     void control(QEvent::Type type) {
         QKeyEvent event(type, Qt::Key_Control, type == QEvent::KeyPress ? Qt::ControlModifier : Qt::NoModifier);
