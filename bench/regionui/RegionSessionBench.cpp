@@ -3,7 +3,7 @@
 // first paint, as the hotkey starts them. The median and 95th percentile of 30.
 #include "DisplayGrabber.h"
 #include "QtBenchmarkMain.h"
-#include "QtRegionOverlay.h"
+#include "QtRegionOverlayFactory.h"
 #include "RegionScreenshotSession.h"
 #include "X11DisplayCapturer.h"
 #include "X11WindowList.h"

@@ -14,7 +14,7 @@
 #include "QtAudioRecordingHUD.h"
 #include "QtMainQueue.h"
 #include "QtPasteboard.h"
-#include "QtRegionOverlay.h"
+#include "QtRegionOverlayFactory.h"
 #include "QtScreenLayout.h"
 #include "QtWorkspace.h"
 #include "RegionScreenshotSession.h"
