@@ -1,6 +1,5 @@
 #include "AffineTransform.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace tosvar {
@@ -45,14 +44,7 @@ Rect AffineTransform::apply(const Rect& r) const {
     if (r.isNull()) return Rect::null();
     const Point corners[] = {apply(Point{r.minX(), r.minY()}), apply(Point{r.maxX(), r.minY()}),
                              apply(Point{r.minX(), r.maxY()}), apply(Point{r.maxX(), r.maxY()})};
-    double x0 = corners[0].x, x1 = x0, y0 = corners[0].y, y1 = y0;
-    for (const Point& p : corners) {
-        x0 = std::min(x0, p.x);
-        x1 = std::max(x1, p.x);
-        y0 = std::min(y0, p.y);
-        y1 = std::max(y1, p.y);
-    }
-    return Rect::fromEdges(x0, y0, x1, y1);
+    return Rect::enclosing(corners);
 }
 
 } // namespace tosvar

@@ -118,16 +118,6 @@ CanvasPath CanvasPath::transformed(const AffineTransform& transform) const {
     return out;
 }
 
-Rect CanvasPath::controlBounds() const {
-    if (points_.empty()) return Rect::null();
-    double minX = points_[0].x, maxX = minX, minY = points_[0].y, maxY = minY;
-    for (const Point& p : points_) {
-        minX = std::min(minX, p.x);
-        maxX = std::max(maxX, p.x);
-        minY = std::min(minY, p.y);
-        maxY = std::max(maxY, p.y);
-    }
-    return Rect::fromEdges(minX, minY, maxX, maxY);
-}
+Rect CanvasPath::controlBounds() const { return Rect::enclosing(points_); }
 
 } // namespace tosvar

@@ -15,6 +15,18 @@ Rect Rect::fromEdges(double minX, double minY, double maxX, double maxY) {
     return Rect(minX, minY, maxX - minX, maxY - minY);
 }
 
+Rect Rect::enclosing(std::span<const Point> points) {
+    if (points.empty()) return null();
+    double x0 = points[0].x, x1 = x0, y0 = points[0].y, y1 = y0;
+    for (const Point& p : points) {
+        x0 = std::min(x0, p.x);
+        x1 = std::max(x1, p.x);
+        y0 = std::min(y0, p.y);
+        y1 = std::max(y1, p.y);
+    }
+    return fromEdges(x0, y0, x1, y1);
+}
+
 double Rect::minX() const { return size.width < 0 ? origin.x + size.width : origin.x; }
 double Rect::maxX() const { return size.width < 0 ? origin.x : origin.x + size.width; }
 double Rect::midX() const { return origin.x + size.width / 2; }

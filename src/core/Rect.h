@@ -3,6 +3,8 @@
 #include "Point.h"
 #include "Size.h"
 
+#include <span>
+
 namespace tosvar {
 
 // A rectangle with the platform's semantics: an origin and a size that may be
@@ -19,6 +21,8 @@ struct Rect {
 
     static Rect null();
     static Rect fromEdges(double minX, double minY, double maxX, double maxY);
+    // The smallest rectangle holding every point; null for none.
+    static Rect enclosing(std::span<const Point> points);
 
     double minX() const;
     double maxX() const;
