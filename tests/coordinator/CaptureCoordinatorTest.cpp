@@ -69,7 +69,7 @@ protected:
     fakes::Cards cards;
     fakes::Shadow shadow;
     fakes::Recognizer recognizer;
-    fakes::Permission permission;
+    FakeScreenCapturePermission permission;
     fakes::FullScreen fullScreen;
     fakes::Saver saver;
     fakes::Thumbnailer thumbnailer;

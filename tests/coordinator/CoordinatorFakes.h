@@ -3,6 +3,7 @@
 #include "CaptureCoordinator.h"
 
 #include "FakePasteboard.h"
+#include "FakeScreenCapturePermission.h"
 #include "InMemoryDefaultsStore.h"
 #include "PngDecoder.h"
 #include "PngEncoder.h"
@@ -198,14 +199,6 @@ struct Recognizer final : TextRecognition {
         ++requests;
         completion(answer);
     }
-};
-
-struct Permission final : ScreenCapturePermission {
-    bool granted = true;
-    int guidance = 0;
-    bool isGranted() const override { return granted; }
-    void request() override {}
-    void presentGuidance() override { ++guidance; }
 };
 
 struct FullScreen final : FullScreenCapture {

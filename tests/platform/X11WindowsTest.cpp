@@ -64,22 +64,6 @@ TEST(X11Windows, ListsWindowsFrontToBackAndGrabsOneByItsId) {
     EXPECT_FALSE(capturer.captureWindow(0x7fffff)) << "no such window";
 }
 
-namespace {
-
-// A window of one colour that the window manager frames and stacks.
-std::unique_ptr<QWidget> showManagedWindow(const QRect& geometry, const QColor& colour) {
-    auto window = std::make_unique<QWidget>();
-    QPalette palette;
-    palette.setColor(QPalette::Window, colour);
-    window->setPalette(palette);
-    window->setAutoFillBackground(true);
-    window->setGeometry(geometry);
-    window->show();
-    return window;
-}
-
-} // namespace
-
 // With a window manager: the list has the managed windows front to back in
 // their frames, the window under a point is the front one there, and a window
 // half covered by another is still grabbed whole.
@@ -96,7 +80,7 @@ TEST(X11Windows, UnderAWindowManagerThePointFindsTheFrontWindowAndACoveredOneGra
     // Made before any window is covered, so every window keeps its own pixels.
     X11DisplayCapturer capturer(Rect(0, 0, 1280, 800));
     X11WindowList list;
-    const auto back = showManagedWindow(QRect(100, 100, 300, 200), QColor(30, 170, 60));
+    const auto back = showSolidWindow(QRect(100, 100, 300, 200), QColor(30, 170, 60), true);
     ASSERT_TRUE(waitFor([&] {
         for (const WindowInfo& w : list.onScreenWindows())
             if (w.id == static_cast<std::uint32_t>(back->winId()) && w.bounds.height() > 200) return true;
@@ -108,7 +92,7 @@ TEST(X11Windows, UnderAWindowManagerThePointFindsTheFrontWindowAndACoveredOneGra
                       std::to_string(w.bounds.width()) + "x" + std::to_string(w.bounds.height()) + "; ";
         return listed + " back=" + std::to_string(back->winId());
     }();
-    const auto front = showManagedWindow(QRect(250, 180, 300, 200), QColor(200, 30, 30));
+    const auto front = showSolidWindow(QRect(250, 180, 300, 200), QColor(200, 30, 30), true);
     front->raise();
     const auto backID = static_cast<std::uint32_t>(back->winId());
     const auto frontID = static_cast<std::uint32_t>(front->winId());

@@ -1,5 +1,6 @@
 // The session's life on virtual time, with displays whose freeze comes at
 // once, late or never, and overlays that only record what is asked of them.
+#include "FakeScreenCapturePermission.h"
 #include "RegionScreenshotSession.h"
 #include "VirtualMainQueue.h"
 
@@ -86,14 +87,6 @@ struct Windows final : WindowListing {
     std::vector<WindowInfo> onScreenWindows() override { return list; }
 };
 
-struct Permission final : ScreenCapturePermission {
-    bool granted = true;
-    int guidance = 0;
-    bool isGranted() const override { return granted; }
-    void request() override {}
-    void presentGuidance() override { ++guidance; }
-};
-
 class SessionTest : public ::testing::Test {
 protected:
     ~SessionTest() override { joinAll(); }
@@ -129,7 +122,7 @@ protected:
     Layout layout;
     Windows windows;
     RecordingOverlays overlays;
-    Permission permission;
+    FakeScreenCapturePermission permission;
     VirtualMainQueue queue;
     std::mutex threadsMutex;
     std::vector<std::thread> threads;

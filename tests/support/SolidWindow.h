@@ -18,11 +18,12 @@ inline QApplication& xvfbApplication() {
     return testApplication<QApplication>();
 }
 
-// A borderless window of one colour at `geometry` (root coordinates), shown
-// without a window manager's say.
-inline std::unique_ptr<QWidget> showSolidWindow(const QRect& geometry, const QColor& colour) {
+// A window of one colour at `geometry` (root coordinates): borderless and
+// shown without a window manager's say, or, `managed`, framed and stacked by
+// the window manager like any program's window.
+inline std::unique_ptr<QWidget> showSolidWindow(const QRect& geometry, const QColor& colour, bool managed = false) {
     auto window = std::make_unique<QWidget>();
-    window->setWindowFlags(Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint);
+    if (!managed) window->setWindowFlags(Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint);
     QPalette palette;
     palette.setColor(QPalette::Window, colour);
     window->setPalette(palette);
