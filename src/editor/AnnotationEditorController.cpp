@@ -1271,7 +1271,6 @@ void AnnotationEditorController::setElementOpacity(double opacity) {
 void AnnotationEditorController::toggleElementOpacity() { setElementOpacity(state_.elementOpacity > 0.99 ? 0.5 : 1.0); }
 
 void AnnotationEditorController::resetElementOpacity() {
-    toolOpacity_.erase(styleStateTool());
     setElementOpacity(1.0);
     toolOpacity_.erase(styleStateTool());
     persistDefaults();
