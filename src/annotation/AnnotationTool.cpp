@@ -49,4 +49,25 @@ std::optional<AnnotationTool> toolForKey(std::string_view characters) {
     return std::nullopt;
 }
 
+AnnotationTool toolFor(AnnotationKind::Case kind) {
+    switch (kind) {
+    case AnnotationKind::Case::arrow: return AnnotationTool::arrow;
+    case AnnotationKind::Case::line: return AnnotationTool::line;
+    case AnnotationKind::Case::rectangle: return AnnotationTool::rectangle;
+    case AnnotationKind::Case::ellipse: return AnnotationTool::ellipse;
+    case AnnotationKind::Case::freehand: return AnnotationTool::freehand;
+    case AnnotationKind::Case::highlighter: return AnnotationTool::highlighter;
+    case AnnotationKind::Case::text: return AnnotationTool::text;
+    case AnnotationKind::Case::stepBadge: return AnnotationTool::stepBadge;
+    case AnnotationKind::Case::watermark: return AnnotationTool::watermark;
+    case AnnotationKind::Case::mosaic: return AnnotationTool::mosaic;
+    case AnnotationKind::Case::blur: return AnnotationTool::blur;
+    case AnnotationKind::Case::magnifier: return AnnotationTool::magnifier;
+    case AnnotationKind::Case::spotlight: return AnnotationTool::spotlight;
+    case AnnotationKind::Case::image:
+    case AnnotationKind::Case::translatedText: break;
+    }
+    return AnnotationTool::select;
+}
+
 } // namespace tosvar

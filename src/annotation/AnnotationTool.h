@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AnnotationKind.h"
 #include "RawEnum.h"
 
 #include <array>
@@ -69,5 +70,8 @@ std::string_view shortcutKey(AnnotationTool tool);
 // The first tool, in order, whose key is `characters`; absent for anything
 // but a key some tool has (so empty text picks nothing).
 std::optional<AnnotationTool> toolForKey(std::string_view characters);
+// The tool that draws an element of `kind`; `select` for kinds no tool draws
+// (pictures, translated blocks).
+AnnotationTool toolFor(AnnotationKind::Case kind);
 
 } // namespace tosvar

@@ -4,6 +4,8 @@
 #include "FfmpegMovieEncoder.h"
 #include "LocalizationManager.h"
 #include "OwnPasteboard.h"
+#include "ParallelFor.h"
+#include "QtDrawingBackend.h"
 #include "QtX11Sync.h"
 #include "ScreenshotToast.h"
 #include "SettingsStore.h"
@@ -51,6 +53,10 @@ AppPlatform::AppPlatform()
           .temporaryDirectory = std::filesystem::temp_directory_path(),
       })),
       audioHUD([](const std::string& key) { return localize(key); }),
+      renderer(QtDrawingBackend::shared(),
+               [](int count, const std::function<void(int, int)>& body) {
+                   parallelFor(WorkerPool::shared(), count, static_cast<int>(WorkerPool::shared().threadCount()) * 4, body);
+               }),
       overlays({
           .windows = windowList,
           .mainGlobalFrame = [] { return QtScreenLayout::mainGlobalFrame(); },
@@ -61,6 +67,8 @@ AppPlatform::AppPlatform()
           .snapToElements = [] { return SettingsStore().load().screenshotElementSnap; },
           .runDetached = [](std::function<void()> work) { WorkerPool::shared().detach(std::move(work)); },
           .captureWindow = [this](std::uint32_t windowID) { return displays->captureWindow(windowID); },
+          .editing = AnnotationEditorServices{renderer, mainQueue, &SettingsStore::standardDefaults(), elementClipboard, pasteboard,
+                                              WorkerPool::shared()},
       }),
       region(RegionScreenshotSession::make({
           .displays = displays,

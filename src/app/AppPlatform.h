@@ -1,5 +1,7 @@
 #pragma once
 
+#include "AnnotationElementClipboard.h"
+#include "AnnotationRenderer.h"
 #include "AtspiAccessibleElements.h"
 #include "AudioRecorder.h"
 #include "CaptureDeletion.h"
@@ -75,6 +77,8 @@ struct AppPlatform {
 
     X11WindowList windowList;
     AtspiAccessibleElements accessibility;
+    AnnotationRenderer renderer;
+    AnnotationElementClipboard elementClipboard;
     QtRegionOverlayFactory overlays;
     std::shared_ptr<RegionScreenshotSession> region;
     UnbuiltRecording recording;

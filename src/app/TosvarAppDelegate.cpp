@@ -13,8 +13,6 @@
 #include "ScreenshotToast.h"
 #include "SiblingApp.h"
 #include "StatusMenuView.h"
-#include "ParallelFor.h"
-#include "QtDrawingBackend.h"
 #include "WorkerPool.h"
 
 #include <QApplication>
@@ -33,10 +31,6 @@ constexpr std::string_view notBuiltToastKey = "tosvar.toast.notBuilt";
 
 TosvarAppDelegate::TosvarAppDelegate(AppPlatform& platform)
     : CaptureHost(platform.mainQueue), platform_(platform),
-      renderer_(QtDrawingBackend::shared(),
-                [](int count, const std::function<void(int, int)>& body) {
-                    parallelFor(WorkerPool::shared(), count, static_cast<int>(WorkerPool::shared().threadCount()) * 4, body);
-                }),
       recents_(platform.files, SettingsStore::standardDefaults()),
       onboarding_({platform.permissions, SettingsStore::standardDefaults(), platform.files,
                    [this] { return settingsStore_.load(); }}),
@@ -339,7 +333,7 @@ std::optional<std::string> TosvarAppDelegate::annotateFile(const std::filesystem
     for (int y = 0; y < pixels.height(); ++y) std::memcpy(copy.row(y), pixels.constScanLine(y), 4 * static_cast<std::size_t>(pixels.width()));
     const QString title = QString::fromStdString(L("annotation.window.title", file.filename().string()));
     auto* window = new AnnotationEditorWindow(std::move(copy).freeze(), 1, title,
-                                              {renderer_, platform_.mainQueue, &SettingsStore::standardDefaults(), elementClipboard_,
+                                              {platform_.renderer, platform_.mainQueue, &SettingsStore::standardDefaults(), platform_.elementClipboard,
                                                platform_.pasteboard, WorkerPool::shared()});
     editors_.insert(window);
     window->onSave = [this](Bytes png) { sink().deliver(png, false); };

@@ -99,8 +99,6 @@ private:
     FileCaptureSink& sink();
 
     AppPlatform& platform_;
-    AnnotationRenderer renderer_;
-    AnnotationElementClipboard elementClipboard_;
     std::set<AnnotationEditorWindow*> editors_;
     SettingsStore settingsStore_;
     RecentCaptures recents_;

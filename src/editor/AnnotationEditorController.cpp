@@ -217,26 +217,7 @@ void AnnotationEditorController::syncStyleControls() {
 
 // ---- Tools and style ----
 
-AnnotationTool AnnotationEditorController::toolFor(AnnotationKind::Case kind) {
-    switch (kind) {
-    case C::arrow: return T::arrow;
-    case C::line: return T::line;
-    case C::rectangle: return T::rectangle;
-    case C::ellipse: return T::ellipse;
-    case C::freehand: return T::freehand;
-    case C::highlighter: return T::highlighter;
-    case C::text: return T::text;
-    case C::stepBadge: return T::stepBadge;
-    case C::watermark: return T::watermark;
-    case C::mosaic: return T::mosaic;
-    case C::blur: return T::blur;
-    case C::magnifier: return T::magnifier;
-    case C::spotlight: return T::spotlight;
-    case C::image:
-    case C::translatedText: break;
-    }
-    return T::select;
-}
+AnnotationTool AnnotationEditorController::toolFor(AnnotationKind::Case kind) { return tosvar::toolFor(kind); }
 
 bool AnnotationEditorController::supportsOpacity(AnnotationKind::Case kind) {
     return kind == C::arrow || kind == C::line || kind == C::rectangle || kind == C::ellipse || kind == C::freehand ||

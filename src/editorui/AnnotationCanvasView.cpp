@@ -121,6 +121,8 @@ std::optional<Uuid> AnnotationCanvasView::topmostAt(Point image) const {
     return HitTesting::topmost(measure(), controller_.document().elements, image, AnnotationEditorController::hitTolerance);
 }
 
+bool AnnotationCanvasView::hasElementAt(QPointF viewPoint) const { return topmostAt(imagePoint(viewPoint)).has_value(); }
+
 void AnnotationCanvasView::controllerDidChange() {
     if (!suppressBlanketInvalidation_) update();
 }
@@ -330,6 +332,7 @@ void AnnotationCanvasView::mousePressEvent(QMouseEvent* event) {
         return;
     }
     if (event->button() != Qt::LeftButton) return;
+    if (hostClaimsPoint && hostClaimsPoint(event->position())) return event->ignore();
     setFocus();
     const Point p = imagePoint(event->position());
     const Qt::KeyboardModifiers mods = event->modifiers();
@@ -451,6 +454,7 @@ void AnnotationCanvasView::mousePressEvent(QMouseEvent* event) {
 
 void AnnotationCanvasView::mouseDoubleClickEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) return;
+    if (!field_ && hostClaimsPoint && hostClaimsPoint(event->position())) return event->ignore();
     const Point p = imagePoint(event->position());
     if (field_) commitTextEditing();
     const std::optional<Uuid> topmost = topmostAt(p);
@@ -496,6 +500,7 @@ void AnnotationCanvasView::mouseMoveEvent(QMouseEvent* event) {
         performActiveDrag(event->modifiers());
         return;
     }
+    if (!field_ && hostClaimsPoint && hostClaimsPoint(event->position())) return event->ignore();
     updateHover(event->position());
 }
 
@@ -610,6 +615,7 @@ void AnnotationCanvasView::wheelEvent(QWheelEvent* event) {
         return;
     }
     if (field_ || !controller_.allSelectedIDs().empty() || controller_.state().tool != T::select) return adjustSize(d);
+    if (onRegionZoom) return onRegionZoom(d);
     setZoomScale(zoomScale_ * (1 + 0.04 * d));
 }
 

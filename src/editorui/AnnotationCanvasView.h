@@ -30,11 +30,19 @@ public:
     // Escape with nothing else to close, and a double click on empty ground.
     std::function<void()> onEscape;
     std::function<void()> onConfirm;
+    // A host drawn around the canvas (a region edited in place) claims the
+    // presses and hovers on its own chrome: the canvas passes them up.
+    std::function<bool(QPointF viewPoint)> hostClaimsPoint;
+    // When set, a wheel with the pointer tool idle resizes the host's region
+    // by this many steps instead of zooming the view.
+    std::function<void(double steps)> onRegionZoom;
 
     AnnotationCanvasGeometry canvasGeometry() const;
     double zoomScale() const { return zoomScale_; }
     void setZoomScale(double zoom);
     bool isEditingText() const { return field_ != nullptr; }
+    // Whether an element lies under the view point, within the hit tolerance.
+    bool hasElementAt(QPointF viewPoint) const;
     // Hands an open field's text to the controller and closes it.
     void commitTextEditing();
     // Adds the picture of dropped or pasted data (an image file, or image

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AnnotationCanvasView.h"
+#include "AnnotationEditorServices.h"
 #include "AnnotationEditorController.h"
 #include "AnnotationToolbar.h"
 #include "CaptureFileDragCoordinator.h"
@@ -22,14 +23,7 @@ class Pasteboard;
 // asks before unsaved changes are thrown away. Main thread only.
 class AnnotationEditorWindow final : public QWidget {
 public:
-    struct Services {
-        const AnnotationRenderer& renderer;
-        MainQueue& queue;
-        DefaultsStore* defaults;
-        AnnotationElementClipboard& clipboard;
-        Pasteboard& pasteboard;
-        WorkerPool& pool;
-    };
+    using Services = AnnotationEditorServices;
 
     AnnotationEditorWindow(ImageBuffer image, double scale, const QString& title, Services services);
     ~AnnotationEditorWindow() override;

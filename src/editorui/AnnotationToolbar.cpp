@@ -63,12 +63,13 @@ bool sizesText(T tool) { return tool == T::text || tool == T::stepBadge || tool 
 
 } // namespace
 
-AnnotationToolbar::AnnotationToolbar(AnnotationEditorController& controller, QWidget* parent)
+AnnotationToolbar::AnnotationToolbar(AnnotationEditorController& controller, Options options, QWidget* parent)
     : QWidget(parent), controller_(controller) {
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(8, 4, 8, 4);
     row->setSpacing(2);
     for (T tool : allAnnotationTools) {
+        if (tool == T::crop && !options.crop) continue;
         const std::string name = "annotation.tool." + std::string(toolNameKey(tool));
         const std::string_view key = shortcutKey(tool);
         const QString tip = key.empty() ? text(name) : text(name) + QStringLiteral(" (%1)").arg(QString::fromLatin1(key.data(), static_cast<qsizetype>(key.size())).toUpper());
@@ -113,10 +114,6 @@ AnnotationToolbar::AnnotationToolbar(AnnotationEditorController& controller, QWi
     redo_ = button(this, QStringLiteral("↷"), text("annotation.redo"), false);
     QToolButton* copy = button(this, text("annotation.copy"), text("annotation.copy.help"), false);
     QToolButton* save = button(this, text("annotation.save"), text("annotation.save.help"), false);
-    QToolButton* dragOut = button(this, QStringLiteral("⇱"), text("annotation.dragOut"), false);
-    QObject::connect(dragOut, &QToolButton::pressed, this, [this] {
-        if (onDragOut) onDragOut();
-    });
     QObject::connect(undo_, &QToolButton::clicked, this, [this] { controller_.performUndo(); });
     QObject::connect(redo_, &QToolButton::clicked, this, [this] { controller_.performRedo(); });
     QObject::connect(copy, &QToolButton::clicked, this, [this] {
@@ -125,7 +122,21 @@ AnnotationToolbar::AnnotationToolbar(AnnotationEditorController& controller, QWi
     QObject::connect(save, &QToolButton::clicked, this, [this] {
         if (onSave) onSave();
     });
-    for (QToolButton* b : {undo_, redo_, copy, save, dragOut}) row->addWidget(b);
+    for (QToolButton* b : {undo_, redo_, copy, save}) row->addWidget(b);
+    if (options.dragOut) {
+        QToolButton* dragOut = button(this, QStringLiteral("⇱"), text("annotation.dragOut"), false);
+        QObject::connect(dragOut, &QToolButton::pressed, this, [this] {
+            if (onDragOut) onDragOut();
+        });
+        row->addWidget(dragOut);
+    }
+    if (options.cancel) {
+        QToolButton* cancel = button(this, QStringLiteral("✕"), text("annotation.cancel"), false);
+        QObject::connect(cancel, &QToolButton::clicked, this, [this] {
+            if (onCancel) onCancel();
+        });
+        row->addWidget(cancel);
+    }
     observer_ = controller_.addObserver([this] { refresh(); });
     refresh();
 }

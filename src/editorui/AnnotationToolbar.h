@@ -19,13 +19,22 @@ namespace tosvar {
 // updates which tool is down and what the switches show.
 class AnnotationToolbar final : public QWidget {
 public:
-    AnnotationToolbar(AnnotationEditorController& controller, QWidget* parent = nullptr);
+    // Which of the optional controls a surface shows.
+    struct Options {
+        bool crop = true;    // the crop tool; a region is cropped by its own handles
+        bool dragOut = true; // the handle that drags the image out as a file
+        bool cancel = false; // a button that ends the surface without output
+    };
+
+    AnnotationToolbar(AnnotationEditorController& controller, QWidget* parent = nullptr) : AnnotationToolbar(controller, {}, parent) {}
+    AnnotationToolbar(AnnotationEditorController& controller, Options options, QWidget* parent = nullptr);
     ~AnnotationToolbar() override;
 
     std::function<void()> onCopy;
     std::function<void()> onSave;
     // Pressed on the drag handle: the window starts dragging the image out.
     std::function<void()> onDragOut;
+    std::function<void()> onCancel;
 
     QToolButton* toolButton(AnnotationTool tool) const { return tools_.at(tool); }
 

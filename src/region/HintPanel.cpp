@@ -2,6 +2,17 @@
 
 namespace tosvar::HintPanel {
 
+SelectedHint SelectedHint::of(AnnotationKind::Case kind) {
+    using C = AnnotationKind::Case;
+    SelectedHint hint;
+    if (kind == C::translatedText) hint.titleToolKey = "annotation.translate";
+    else if (const AnnotationTool tool = toolFor(kind); tool != AnnotationTool::select)
+        hint.titleToolKey = "annotation.tool." + std::string(toolNameKey(tool));
+    hint.editableText = kind == C::text || kind == C::translatedText;
+    hint.isMagnifier = kind == C::magnifier;
+    return hint;
+}
+
 namespace {
 
 using Mode = ScreenshotOverlayMode;

@@ -21,6 +21,9 @@ struct SelectedHint {
     std::optional<std::string> titleToolKey;
     bool editableText = false;
     bool isMagnifier = false;
+    // The hint of a selected element: its tool's title ("annotation.translate"
+    // for a translated block, none for a picture), the text row for text.
+    static SelectedHint of(AnnotationKind::Case kind);
     friend bool operator==(const SelectedHint&, const SelectedHint&) = default;
 };
 

@@ -46,6 +46,7 @@ public:
 
     // The windows a click can pick, front to back, in view points.
     void setWindows(std::vector<PickableWindow> windows) { windows_ = std::move(windows); }
+    const std::vector<PickableWindow>& windows() const { return windows_; }
     // The last committed region in view points, for the D key.
     void setLastRegion(std::optional<Rect> rect) { lastRegion_ = rect; }
 

@@ -3,6 +3,7 @@
 #include "ElementChain.h"
 #include "LocalizationManager.h"
 #include "PngEncoder.h"
+#include "RegionAnnotatingPhase.h"
 #include "QtKeyEvents.h"
 #include "QtPainterCanvas.h"
 #include "WindowImageTrimmer.h"
@@ -14,6 +15,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QTimer>
+#include <QWindow>
 #include <QVariantAnimation>
 #include <QWheelEvent>
 
@@ -52,6 +54,8 @@ QtRegionOverlay::QtRegionOverlay(const ScreenInfo& screen, const Rect& globalFra
     if (frozen) attachFrozen(*frozen);
 }
 
+QtRegionOverlay::~QtRegionOverlay() = default;
+
 void QtRegionOverlay::attachFrozen(const CapturedDisplay& display) {
     if (frozen_) return;
     frozen_ = display;
@@ -87,6 +91,7 @@ Rect QtRegionOverlay::screenRect(const Rect& view) const {
 
 void QtRegionOverlay::paintEvent(QPaintEvent*) {
     QPainter painter(this);
+    if (annotating_) return paintAnnotating(painter);
     const QRectF all = rect();
     if (!frozenView_.isNull()) {
         painter.drawImage(all, frozenView_);
@@ -148,6 +153,38 @@ void QtRegionOverlay::paintEvent(QPaintEvent*) {
     }
 }
 
+// The frozen display under the veil with the region cut out of it; the
+// canvas covers the cut, except while a press hides it and the region moves.
+void QtRegionOverlay::paintAnnotating(QPainter& painter) {
+    const QRectF all = rect();
+    painter.drawImage(all, frozenView_);
+    painter.fillRect(all, QColor(0, 0, 0, static_cast<int>(veilAlpha * 255)));
+    const RegionAnnotatingModel& region = annotating_->model();
+    const double s = frozenView_.width() / std::max(1.0, all.width());
+    auto unveil = [&](const QRectF& hole) {
+        painter.drawImage(hole, frozenView_, QRectF(hole.left() * s, hole.top() * s, hole.width() * s, hole.height() * s));
+    };
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF shown = toQt(region.shown());
+    QPainterPath hole;
+    hole.addRoundedRect(shown, region.cornerRadius(), region.cornerRadius());
+    painter.setClipPath(hole);
+    unveil(shown);
+    if (region.chromeHidden() && !annotating_->dragPreview().isNull())
+        painter.drawPixmap(toQt(region.committed()), annotating_->dragPreview(), QRectF(annotating_->dragPreview().rect()));
+    painter.restore();
+    if (const std::optional<Rect> offered = region.reselectHover()) {
+        const QRectF candidate = toQt(*offered);
+        unveil(candidate);
+        painter.fillRect(candidate, QColor(0, 0, 0, static_cast<int>(0.18 * 255)));
+        painter.setPen(QPen(accent, 1.5));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(candidate);
+    }
+    paintHint(painter);
+}
+
 void QtRegionOverlay::paintLoupe(QPainter& painter, QPointF at) {
     const int zoom = std::clamp(model_.loupeZoom(), 2, 32);
     const double diameter = 110;
@@ -199,7 +236,9 @@ void QtRegionOverlay::paintLoupe(QPainter& painter, QPointF at) {
 }
 
 std::optional<HintPanel::State> QtRegionOverlay::desiredHintState() const {
-    if ((hintHidden && hintHidden()) || !isActiveWindow()) return std::nullopt;
+    if (hintHidden && hintHidden()) return std::nullopt;
+    if (annotating_) return annotating_->hintState();
+    if (!isActiveWindow()) return std::nullopt;
     if (model_.inElementMode()) return HintPanel::Simple::elementPick;
     if (model_.liveSelection()) return HintPanel::Simple::dragging;
     if (pendingCommit_) return std::nullopt;
@@ -214,7 +253,8 @@ void QtRegionOverlay::paintHint(QPainter& painter) {
     }
     if (state != hintState_) hint_.apply(HintPanel::content(*state, [](const std::string& key) { return L(key); }));
     hintState_ = state;
-    std::vector<Rect> obstacles;
+    std::vector<Rect> obstacles = annotating_ ? annotating_->hintObstacles() : std::vector<Rect>{};
+    if (!annotating_)
     for (const std::optional<Rect>& r : {model_.liveSelection(), model_.keyboardCandidate(),
                                          pendingCommit_ ? std::optional<Rect>(pendingCommit_->rect) : std::nullopt})
         if (r) obstacles.push_back(r->insetBy(-8, -8));
@@ -237,6 +277,10 @@ void QtRegionOverlay::paintHint(QPainter& painter) {
 }
 
 void QtRegionOverlay::mousePressEvent(QMouseEvent* event) {
+    if (annotating_) {
+        annotating_->mousePress(event, 1);
+        return update();
+    }
     if (event->button() == Qt::RightButton) return cancel();
     if (event->button() != Qt::LeftButton || pendingCommit_) return;
     lastSnapQuery_.reset();
@@ -250,6 +294,15 @@ void QtRegionOverlay::mousePressEvent(QMouseEvent* event) {
 void QtRegionOverlay::mouseMoveEvent(QMouseEvent* event) {
     const Point p{event->position().x(), event->position().y()};
     const bool shift = event->modifiers() & Qt::ShiftModifier, alt = event->modifiers() & Qt::AltModifier;
+    if (annotating_) {
+        const std::optional<RegionAnnotatingModel::Anchor> anchor = annotating_->mouseMove(event);
+        if (!anchor) return;
+        // A Ctrl press outside the region went on as a new selection.
+        abandonCommittedRegion();
+        model_.press(anchor->point);
+        model_.drag(p, anchor->constrained || shift, anchor->fromCenter || alt);
+        return update();
+    }
     if (event->buttons() & Qt::LeftButton) {
         if (!shift && !alt) refreshSnapCandidates(p);
         model_.drag(p, shift, alt);
@@ -319,8 +372,14 @@ void QtRegionOverlay::refreshSnapCandidates(Point at) {
 }
 
 void QtRegionOverlay::mouseReleaseEvent(QMouseEvent* event) {
+    if (annotating_) return annotating_->mouseRelease(event);
     if (event->button() != Qt::LeftButton || pendingCommit_ || !model_.isDragging()) return;
     commit(model_.release());
+}
+
+void QtRegionOverlay::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (!annotating_) return mousePressEvent(event);
+    annotating_->mousePress(event, 2);
 }
 
 void QtRegionOverlay::enterEvent(QEnterEvent* event) {
@@ -329,7 +388,7 @@ void QtRegionOverlay::enterEvent(QEnterEvent* event) {
 }
 
 void QtRegionOverlay::leaveEvent(QEvent* event) {
-    if (!model_.isDragging()) {
+    if (!model_.isDragging() && !annotating_) {
         model_.exitElementMode();
         model_.clearHover();
         update();
@@ -344,6 +403,7 @@ void QtRegionOverlay::changeEvent(QEvent* event) {
 }
 
 void QtRegionOverlay::wheelEvent(QWheelEvent* event) {
+    if (annotating_) return annotating_->wheel(event);
     const QPoint pixels = event->pixelDelta();
     const double delta = !pixels.isNull() ? pixels.y() * 0.01 : event->angleDelta().y() / 120.0 / 6.0;
     const int before = model_.loupeZoom();
@@ -353,6 +413,10 @@ void QtRegionOverlay::wheelEvent(QWheelEvent* event) {
 }
 
 void QtRegionOverlay::keyPressEvent(QKeyEvent* event) {
+    if (annotating_) {
+        if (!annotatingKey(event)) event->ignore();
+        return;
+    }
     const std::optional<KeyEvent> key = keyEventFromQt(*event, nullptr);
     if (event->key() == Qt::Key_Control) {
         const QPoint at = mapFromGlobal(QCursor::pos());
@@ -409,6 +473,10 @@ void QtRegionOverlay::keyPressEvent(QKeyEvent* event) {
 
 void QtRegionOverlay::keyReleaseEvent(QKeyEvent* event) {
     if (event->key() != Qt::Key_Control) return QWidget::keyReleaseEvent(event);
+    if (annotating_) {
+        const QPoint at = mapFromGlobal(QCursor::pos());
+        return annotating_->commandKey(false, {static_cast<double>(at.x()), static_cast<double>(at.y())});
+    }
     followControlKey(false, {});
     update();
 }
@@ -470,11 +538,87 @@ void QtRegionOverlay::finishWith(const RegionSelectionModel::Commit& commit) {
     case ScreenshotOverlayMode::record:
     case ScreenshotOverlayMode::scrollCapture:
     case ScreenshotOverlayMode::annotate:
-        // Until editing the region in place lands, a committed region is the capture.
+        if (editorServices) return beginAnnotation(rect, image, commit.windowID);
         if (callbacks_.onFinish)
             callbacks_.onFinish({AnnotationResult::finished(std::move(*png), AnnotationAction::copy), onScreen, true, s});
         return;
     }
+}
+
+// The keys the overlay answers while a region is annotated: those the canvas passed on.
+bool QtRegionOverlay::annotatingKey(QKeyEvent* event) {
+    const bool command = event->modifiers() & Qt::ControlModifier;
+    const QPoint at = mapFromGlobal(QCursor::pos());
+    const Point pointer{static_cast<double>(at.x()), static_cast<double>(at.y())};
+    switch (event->key()) {
+    case Qt::Key_Control:
+        annotating_->commandKey(true, pointer);
+        return true;
+    case Qt::Key_Return:
+    case Qt::Key_Enter: finishAnnotation(AnnotationAction::copy); return true;
+    case Qt::Key_Escape: cancel(); return true;
+    case Qt::Key_S:
+        if (!command) return false;
+        finishAnnotation(AnnotationAction::save);
+        return true;
+    case Qt::Key_C:
+        if (!command) return false;
+        finishAnnotation(AnnotationAction::copy);
+        return true;
+    case Qt::Key_Slash:
+    case Qt::Key_Question:
+        if (!command || !hintHidden || !onHintHiddenChanged) return false;
+        onHintHiddenChanged(!hintHidden());
+        update();
+        return true;
+    default: return false;
+    }
+}
+
+void QtRegionOverlay::beginAnnotation(const Rect& rect, ImageBuffer image, std::optional<std::uint32_t> windowID) {
+    RegionAnnotatingPhase::Hooks hooks{
+        .finish = [this](AnnotationAction action) { finishAnnotation(action); },
+        .cancel = [this] { cancel(); },
+        .changed = [this] { update(); },
+        .windowAt = [this](Point p) -> std::optional<RegionAnnotatingPhase::HoveredWindow> {
+            const PickableWindow* window = model_.windowAt(p);
+            if (!window) return std::nullopt;
+            return RegionAnnotatingPhase::HoveredWindow{window->rect, window->id, static_cast<int>(window - model_.windows().data())};
+        },
+        .windowImage = [this](std::uint32_t id) -> std::optional<std::pair<ImageBuffer, Rect>> {
+            if (!captureWindow || !model_.window(id)) return std::nullopt;
+            const double s = frozen_->image.width() / std::max(1.0, globalFrame_.width());
+            return capturedImage({model_.window(id)->rect, id}, s);
+        },
+    };
+    const double s = frozen_->image.width() / std::max(1.0, globalFrame_.width());
+    model_.clearHover();
+    annotating_ = std::make_unique<RegionAnnotatingPhase>(
+        *this, RegionAnnotatingPhase::Start{rect, std::move(image), frozen_->image, s, model_.mode(), windowID}, *editorServices, settings,
+        std::move(hooks));
+    // The keys go to the canvas from now on; the window keeps the keyboard.
+    releaseKeyboard();
+    if (QWindow* window = windowHandle()) window->setKeyboardGrabEnabled(true);
+    setCursor(Qt::ArrowCursor);
+    update();
+    if (callbacks_.onBeganAnnotation) callbacks_.onBeganAnnotation();
+}
+
+void QtRegionOverlay::finishAnnotation(AnnotationAction action) {
+    const Rect region = annotating_->model().committed();
+    if (onRegionCommitted) onRegionCommitted(screenRect(region));
+    std::optional<Bytes> png = annotating_->renderPNG();
+    if (!png) return cancel();
+    const double s = frozen_->image.width() / std::max(1.0, globalFrame_.width());
+    if (callbacks_.onFinish) callbacks_.onFinish({AnnotationResult::finished(std::move(*png), action), screenRect(region), true, s});
+}
+
+void QtRegionOverlay::abandonCommittedRegion() {
+    annotating_.reset();
+    model_.setSnapCandidates({});
+    setCursor(Qt::CrossCursor);
+    setFocus();
+    update();
 }
 
 } // namespace tosvar

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AnnotationEditorServices.h"
 #include "HintPanelPainter.h"
 #include "RegionOverlay.h"
 #include "RegionSelectionModel.h"
@@ -7,21 +8,27 @@
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 #include <set>
 
 class QVariantAnimation;
 
 namespace tosvar {
 
+class RegionAnnotatingPhase;
+
 // The selection overlay of one display on Qt: a frameless window above
 // everything over the display, showing the frozen image under a veil (or the
 // live screen until the freeze lands), the selection or the hovered window
 // cut out of the veil with its size, and a loupe. Pointer and keys drive a
-// `RegionSelectionModel`; a commit crops the frozen image and ends the
-// session through the callbacks. A commit before the freeze waits for it.
-// Main thread only.
+// `RegionSelectionModel`; a commit crops the frozen image and, in annotate
+// mode, keeps the region on screen to be annotated in place (a
+// `RegionAnnotatingPhase`) until Return, Ctrl+S or the toolbar finishes it;
+// other modes end the session through the callbacks at once. A commit before
+// the freeze waits for it. Main thread only.
 class QtRegionOverlay final : public QWidget, public RegionOverlay {
 public:
+    ~QtRegionOverlay() override;
     QtRegionOverlay(const ScreenInfo& screen, const Rect& globalFrame, const std::optional<CapturedDisplay>& frozen,
                     ScreenshotOverlayMode mode, RegionOverlayCallbacks callbacks, std::vector<PickableWindow> windows);
 
@@ -63,12 +70,20 @@ public:
     // A window's own pixels, taken for a clicked window instead of the frozen display.
     std::function<std::optional<ImageBuffer>(std::uint32_t windowID)> captureWindow;
     RegionSelectionModel& selection() { return model_; }
+    // What editing a region in place works with; without them a committed
+    // region is the capture at once.
+    const AnnotationEditorServices* editorServices = nullptr;
+    // Where the shadow switch of the region's badge keeps its choice.
+    DefaultsStore* settings = nullptr;
+    // The region being annotated in place, if any.
+    RegionAnnotatingPhase* annotating() const { return annotating_.get(); }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     // The overlay under the pointer takes the keys; the one it left forgets its hover.
     void enterEvent(QEnterEvent* event) override;
@@ -83,6 +98,12 @@ private:
     // The image of a commit and where it stands in the view.
     std::pair<ImageBuffer, Rect> capturedImage(const RegionSelectionModel::Commit& commit, double scale) const;
     void cancel();
+    void beginAnnotation(const Rect& rect, ImageBuffer image, std::optional<std::uint32_t> windowID);
+    void finishAnnotation(AnnotationAction action);
+    // Back to drawing: the committed region and its annotations are dropped.
+    void abandonCommittedRegion();
+    void paintAnnotating(QPainter& painter);
+    bool annotatingKey(QKeyEvent* event);
     // A view rectangle as a rectangle of the screen (points, y up).
     Rect screenRect(const Rect& view) const;
     void paintLoupe(QPainter& painter, QPointF at);
@@ -114,6 +135,7 @@ private:
     bool elementCoarse_ = false;
     std::function<std::optional<std::string>(std::size_t level)> elementTextOf_;
     std::set<std::int64_t> wokenPIDs_;
+    std::unique_ptr<RegionAnnotatingPhase> annotating_;
 };
 
 } // namespace tosvar

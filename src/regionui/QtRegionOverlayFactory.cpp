@@ -66,6 +66,8 @@ std::unique_ptr<RegionOverlay> QtRegionOverlayFactory::make(const ScreenInfo& sc
     }
     overlay->snapToElements = services_.snapToElements && services_.snapToElements();
     overlay->captureWindow = services_.captureWindow;
+    overlay->editorServices = services_.editing ? &*services_.editing : nullptr;
+    overlay->settings = services_.defaults;
     return overlay;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AccessibleElements.h"
+#include "AnnotationEditorServices.h"
 #include "DefaultsStore.h"
 #include "QtRegionOverlay.h"
 #include "WindowListing.h"
@@ -23,6 +24,8 @@ public:
         std::function<void(std::function<void()>)> runDetached = {}; // wakes programs' accessibility off the main thread
         // A window's own pixels, for a clicked window; none falls back to the frozen display.
         std::function<std::optional<ImageBuffer>(std::uint32_t windowID)> captureWindow = {};
+        // Editing a committed region in place; without it a region is the capture at once.
+        std::optional<AnnotationEditorServices> editing = {};
     };
 
     explicit QtRegionOverlayFactory(Services services) : services_(std::move(services)) {}
