@@ -251,6 +251,30 @@ int occurrences(const std::string& text, const std::string& word) {
     return count;
 }
 
+// A region is captured with rounded corners: the squares of `radius` in its
+// corners are left out of a comparison.
+bool inCorner(int x, int y, int width, int height, int radius) {
+    return (x < radius || x >= width - radius) && (y < radius || y >= height - radius);
+}
+
+// The pixels of `image` that differ from `screen`, outside the corners.
+std::vector<std::pair<int, int>> differences(const ImageBuffer& image, const ImageBuffer& screen, int radius) {
+    std::vector<std::pair<int, int>> found;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (!inCorner(x, y, image.width(), image.height(), radius) && image.pixel(x, y) != screen.pixel(x, y)) found.emplace_back(x, y);
+    return found;
+}
+
+std::optional<ImageBuffer> screenNow(const Rect& crop) {
+    const Rect wholeScreen(0, 0, XvfbServer::shared().width(), XvfbServer::shared().height());
+    X11DisplayCapturer reference(wholeScreen);
+    const std::optional<CapturedDisplay> now = reference.capture({wholeScreen, wholeScreen, 1});
+    if (!now) return std::nullopt;
+    return now->image.cropped({static_cast<int>(crop.minX()), static_cast<int>(crop.minY()), static_cast<int>(crop.width()),
+                               static_cast<int>(crop.height())});
+}
+
 } // namespace
 
 // Capture Area from the command line: a drag over the frozen screen gives one
@@ -269,6 +293,9 @@ TEST_F(TosvarEndToEndTest, CaptureAreaByDragAndCancelByEscape) {
     ASSERT_TRUE(waitFor([&] { return presented() == 1; })) << readFile(log);
     // A corner of the screen no window or toast covers, so the screen stays as it was frozen.
     ASSERT_EQ(run("xdotool mousemove 20 560 mousedown 1 mousemove 100 600 mousemove 320 780 sleep 0.1 mouseup 1").exitCode, 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_TRUE(screenshots(saveFolder()).empty()) << "the region waits to be annotated";
+    ASSERT_EQ(run("xdotool key Return").exitCode, 0);
     ASSERT_TRUE(waitFor([&] { return screenshots(saveFolder()).size() == 1; }, 5000)) << "nothing saved";
 
     const Expected<ImageBuffer> saved = PngDecoder::decodeFile(screenshots(saveFolder()).front());
@@ -279,12 +306,11 @@ TEST_F(TosvarEndToEndTest, CaptureAreaByDragAndCancelByEscape) {
     for (int y = 0; y < 20; ++y)
         for (int x = 0; x < 20; ++x) plaid = plaid || saved->pixel(x, y) != saved->pixel(0, 0);
     EXPECT_TRUE(plaid) << "the plaid shows";
-    const Rect wholeScreen(0, 0, XvfbServer::shared().width(), XvfbServer::shared().height());
-    X11DisplayCapturer reference(wholeScreen);
     EXPECT_TRUE(waitFor([&] {
-        const std::optional<CapturedDisplay> now = reference.capture({wholeScreen, wholeScreen, 1});
-        return now && saved->samePixels(now->image.cropped({20, 560, 300, 220}));
-    }, 5000)) << "the file is that rectangle of the screen";
+        const std::optional<ImageBuffer> now = screenNow({20, 560, 300, 220});
+        return now && differences(*saved, *now, 8).empty();
+    }, 5000)) << "the file is that rectangle of the screen, its corners rounded";
+    EXPECT_EQ(saved->pixel(0, 0).a, 0) << "a rounded corner";
     const CommandRun clipboard = run("xclip -selection clipboard -t image/png -o");
     EXPECT_TRUE(clipboard.output == readFile(screenshots(saveFolder()).front())) << "the clipboard holds the same image";
 
@@ -303,7 +329,7 @@ TEST_F(TosvarEndToEndTest, CaptureAreaByDragAndCancelByEscape) {
     ASSERT_GT(ww, 0) << placeholder.output;
     ASSERT_EQ(runTosvar("screenshot").exitCode, 0);
     ASSERT_TRUE(waitFor([&] { return presented() == 2; }));
-    ASSERT_EQ(run("xdotool mousemove " + std::to_string(wx + ww / 2) + " " + std::to_string(wy + wh / 2) + " sleep 0.2 click 1").exitCode, 0);
+    ASSERT_EQ(run("xdotool mousemove " + std::to_string(wx + ww / 2) + " " + std::to_string(wy + wh / 2) + " sleep 0.2 click 1 sleep 0.3 key Return").exitCode, 0);
     ASSERT_TRUE(waitFor([&] { return screenshots(saveFolder()).size() == 2; }, 5000)) << "the window was not taken";
     const Expected<ImageBuffer> window = PngDecoder::decodeFile(screenshots(saveFolder()).back());
     ASSERT_TRUE(window);
@@ -324,4 +350,62 @@ TEST_F(TosvarEndToEndTest, CaptureAreaByDragAndCancelByEscape) {
     ASSERT_EQ(run("xdotool key Escape").exitCode, 0);
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     EXPECT_EQ(screenshots(saveFolder()).size(), 2u) << "Escape wrote nothing";
+}
+
+// Annotating a region in place, from the hotkey: a drag commits a region that
+// stays on the frozen screen; a rectangle and an arrow drawn with their keys,
+// the region grown by its bottom-right handle, and Return give one image of
+// the grown region, on the clipboard and in the folder, equal to the screen
+// but for the two shapes and the rounded corners.
+TEST_F(TosvarEndToEndTest, AnnotateARegionInPlaceResizeItAndCopy) {
+    ChildProcess manager({"openbox"});
+    ASSERT_TRUE(manager.started()) << "openbox is missing (scripts/setup.sh installs it)";
+    ASSERT_EQ(run("xsetroot -mod 7 5 -fg '#c83232' -bg '#3264c8'").exitCode, 0);
+    ChildProcess application({TOSVAR_EXECUTABLE});
+    ASSERT_TRUE(application.started());
+    const fs::path log = stateFolder() / "launch.log";
+    ASSERT_TRUE(waitFor([&] { return occurrences(readFile(log), "QApplication.exec") > 0; })) << readFile(log);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+
+    ASSERT_EQ(run("xdotool key ctrl+shift+2").exitCode, 0);
+    ASSERT_TRUE(waitFor([&] { return occurrences(readFile(log), "overlays presented") == 1; })) << readFile(log);
+    ASSERT_EQ(run("xdotool mousemove 20 470 mousedown 1 mousemove 100 500 mousemove 320 690 sleep 0.1 mouseup 1 sleep 0.3").exitCode, 0);
+    ASSERT_EQ(run("xdotool key r sleep 0.1 mousemove 60 500 mousedown 1 mousemove 90 520 mousemove 140 560 sleep 0.1 mouseup 1 sleep 0.2").exitCode, 0);
+    ASSERT_EQ(run("xdotool key a sleep 0.1 mousemove 180 500 mousedown 1 mousemove 220 540 mousemove 280 600 sleep 0.1 mouseup 1 sleep 0.2").exitCode, 0);
+    // The bottom-right corner handle, with a drawing tool still armed.
+    ASSERT_EQ(run("xdotool mousemove 320 690 mousedown 1 mousemove 340 710 mousemove 400 760 sleep 0.1 mouseup 1 sleep 0.3").exitCode, 0);
+    EXPECT_TRUE(screenshots(saveFolder()).empty()) << "nothing is written before Return";
+    ASSERT_EQ(run("xdotool key Return").exitCode, 0);
+    ASSERT_TRUE(waitFor([&] { return screenshots(saveFolder()).size() == 1; }, 5000)) << "nothing saved";
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    ASSERT_EQ(screenshots(saveFolder()).size(), 1u);
+
+    const Expected<ImageBuffer> saved = PngDecoder::decodeFile(screenshots(saveFolder()).front());
+    ASSERT_TRUE(saved) << saved.error().message;
+    EXPECT_EQ(saved->width(), 380) << "the grown region";
+    EXPECT_EQ(saved->height(), 290);
+    EXPECT_TRUE(run("xclip -selection clipboard -t image/png -o").output == readFile(screenshots(saveFolder()).front()))
+        << "the clipboard holds the same image";
+
+    // Where the shapes may change pixels, in the image: each shape's box grown by its stroke.
+    const Rect rectangleBox = Rect(40, 30, 80, 60).insetBy(-16, -16);
+    const Rect arrowBox = Rect(160, 30, 100, 100).insetBy(-30, -30);
+    std::vector<std::pair<int, int>> changed;
+    ASSERT_TRUE(waitFor([&] {
+        const std::optional<ImageBuffer> now = screenNow({20, 470, 380, 290});
+        if (!now) return false;
+        changed = differences(*saved, *now, 8);
+        return std::all_of(changed.begin(), changed.end(), [&](const auto& p) {
+            const Point at{static_cast<double>(p.first), static_cast<double>(p.second)};
+            return rectangleBox.contains(at) || arrowBox.contains(at);
+        });
+    }, 5000)) << changed.size() << " pixels differ outside the shapes";
+    int inRectangle = 0, inArrow = 0;
+    for (const auto& [x, y] : changed) {
+        const Point at{static_cast<double>(x), static_cast<double>(y)};
+        inRectangle += rectangleBox.contains(at);
+        inArrow += arrowBox.contains(at) && !rectangleBox.contains(at);
+    }
+    EXPECT_GT(inRectangle, 2 * (80 + 60) * 3) << "the rectangle's stroke";
+    EXPECT_GT(inArrow, 300) << "the arrow";
 }
