@@ -31,7 +31,8 @@ public:
     std::function<void()> onEscape;
     std::function<void()> onConfirm;
     // A host drawn around the canvas (a region edited in place) claims the
-    // presses and hovers on its own chrome: the canvas passes them up.
+    // presses and hovers on its own chrome: the canvas passes them up, and the
+    // host takes the pointer until the release.
     std::function<bool(QPointF viewPoint)> hostClaimsPoint;
     // When set, a wheel with the pointer tool idle resizes the host's region
     // by this many steps instead of zooming the view.

@@ -139,6 +139,14 @@ std::optional<RegionAnnotatingModel::Change> RegionAnnotatingModel::zoom(double 
     return commitResize(Rect(x, y, w, h).intersection(bounds_));
 }
 
+std::optional<RegionAnnotatingModel::Change> RegionAnnotatingModel::nudge(double dxPixels, double dyPixels) {
+    const Rect& r = committed_;
+    const double x = std::clamp(r.minX() + dxPixels / scale_, bounds_.minX(), std::max(bounds_.minX(), bounds_.maxX() - r.width()));
+    const double y = std::clamp(r.minY() + dyPixels / scale_, bounds_.minY(), std::max(bounds_.minY(), bounds_.maxY() - r.height()));
+    if (x == r.minX() && y == r.minY()) return std::nullopt;
+    return commitResize(Rect(x, y, r.width(), r.height()));
+}
+
 void RegionAnnotatingModel::setReselectHover(std::optional<Rect> rect, std::optional<std::uint32_t> windowID) {
     reselectHover_ = rect;
     reselectHoverID_ = rect ? windowID : std::nullopt;

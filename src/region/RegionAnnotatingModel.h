@@ -72,6 +72,8 @@ public:
     // A wheel step: the region grows or shrinks about its centre by 2% per
     // unit; none when the factor does nothing.
     std::optional<Change> zoom(double delta);
+    // Arrow keys: the region moves by whole device pixels, staying on the display.
+    std::optional<Change> nudge(double dxPixels, double dyPixels);
     // Snaps each edge to device pixels; none (the region stays) below 4 points a side.
     std::optional<Change> commitResize(const Rect& to);
 

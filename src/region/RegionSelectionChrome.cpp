@@ -84,6 +84,10 @@ double draggedRadius(const Rect& rect, double baseRadius, Point grip, Point poin
     return std::clamp(baseRadius + delta, 0.0, std::min(rect.width(), rect.height()) / 2);
 }
 
+Point removeBadgeCenter(const Rect& window, const Rect& bounds) {
+    return {std::min(window.minX() + 12, bounds.maxX() - 12), std::max(window.minY() + 12, bounds.minY() + 12)};
+}
+
 Rect resized(const Rect& rect, RectHandle handle, Point p, bool keepAspect, bool fromCenter, double minSize, const Rect& bounds) {
     const Point to{std::clamp(p.x, bounds.minX(), bounds.maxX()), std::clamp(p.y, bounds.minY(), bounds.maxY())};
     Rect out;

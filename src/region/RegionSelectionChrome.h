@@ -52,6 +52,11 @@ bool radiusGripHit(const Rect& rect, double radius, Point p);
 // inwards on the shorter of both axes, within 0 and half the shorter side.
 double draggedRadius(const Rect& rect, double baseRadius, Point grip, Point pointer);
 
+// Where the badge that takes a window out of a multi-window region stands:
+// 12 points in from the window's top-left corner, kept on the display.
+inline constexpr double removeBadgeRadius = 11;
+Point removeBadgeCenter(const Rect& window, const Rect& bounds);
+
 // `rect` with `handle` dragged to `p`: Shift keeps the aspect, Alt grows
 // about the centre. The point stays inside `bounds`, and each side keeps at
 // least `minSize`.

@@ -556,6 +556,16 @@ bool QtRegionOverlay::annotatingKey(QKeyEvent* event) {
         return true;
     case Qt::Key_Return:
     case Qt::Key_Enter: finishAnnotation(AnnotationAction::copy); return true;
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+    case Qt::Key_Down: {
+        if (command) return false;
+        const double step = (event->modifiers() & Qt::ShiftModifier) ? 10 : 1;
+        annotating_->nudge(event->key() == Qt::Key_Left ? -step : event->key() == Qt::Key_Right ? step : 0,
+                           event->key() == Qt::Key_Up ? -step : event->key() == Qt::Key_Down ? step : 0);
+        return true;
+    }
     case Qt::Key_Escape: cancel(); return true;
     case Qt::Key_S:
         if (!command) return false;

@@ -53,6 +53,7 @@ RegionAnnotatingPhase::RegionAnnotatingPhase(QWidget& overlay, Start start, cons
       model_(start.region, Rect(0, 0, overlay.width(), overlay.height()), start.scale, start.mode, services.queue) {
     composition_.insert(CaptureComposition::Layer::backdrop(frozen_, flipped(model_.bounds())));
     if (start.windowID) composition_.insert({start.windowID, start.image, flipped(start.region), 0});
+    else draggedArea_ = start.region;
 
     AnnotationEditorController::Configuration configuration;
     configuration.allowsCropTool = false;
@@ -119,6 +120,7 @@ bool RegionAnnotatingPhase::claims(QPointF canvasPoint) const {
     const bool idle = state.tool == AnnotationTool::select && editor_->allSelectedIDs().empty() && !canvas_->isEditingText();
     const bool command = QGuiApplication::keyboardModifiers() & Qt::ControlModifier;
     const Point p = fromQt(canvas_->mapTo(&overlay_, canvasPoint));
+    if (command && removeBadgeAt(p)) return true;
     return model_.claims(p, idle, command, canvas_->hasElementAt(canvasPoint));
 }
 
@@ -129,9 +131,19 @@ bool RegionAnnotatingPhase::scrollAdjustsRegion() const {
 void RegionAnnotatingPhase::mousePress(QMouseEvent* event, int clickCount) {
     if (event->button() == Qt::RightButton) return hooks_.cancel();
     if (event->button() != Qt::LeftButton) return;
+    // The press may have come up from the canvas, which a drag hides: the
+    // overlay keeps the pointer until the release.
+    overlay_.grabMouse();
     const Point p = fromQt(event->position());
     const Qt::KeyboardModifiers mods = event->modifiers();
     if (canvas_->isEditingText()) canvas_->commitTextEditing();
+    if (const std::optional<std::uint32_t> id = (mods & Qt::ControlModifier) ? removeBadgeAt(p) : std::nullopt) {
+        composition_.remove(*id);
+        Rect united = draggedArea_.value_or(Rect::null());
+        for (const CaptureComposition::Layer& layer : composition_.windowLayers()) united = united.unionWith(flipped(layer.frame));
+        applyComposition(united);
+        return;
+    }
     if (!model_.onChrome(p) && !model_.committed().contains(p)) editor_->clearSelection();
     using Press = RegionAnnotatingModel::Press;
     switch (model_.press(p, clickCount, mods & Qt::ControlModifier, mods & Qt::ShiftModifier, mods & Qt::AltModifier)) {
@@ -164,7 +176,9 @@ std::optional<RegionAnnotatingModel::Anchor> RegionAnnotatingPhase::mouseMove(QM
 }
 
 void RegionAnnotatingPhase::mouseRelease(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton || !model_.isPressed()) return;
+    if (event->button() != Qt::LeftButton) return;
+    overlay_.releaseMouse();
+    if (!model_.isPressed()) return;
     const RegionAnnotatingModel::Release release = model_.release();
     if (release.change) apply(*release.change);
     if (release.takeReselectHover) appendHoveredWindow();
@@ -196,9 +210,38 @@ void RegionAnnotatingPhase::commandKey(bool held, Point pointer) {
             hoveredZ_ = window->z;
         }
     }
+    showWindowOutlines();
     if (rect == model_.reselectHover() && id == model_.reselectHoverWindowID()) return;
     model_.setReselectHover(rect, id);
     if (hooks_.changed) hooks_.changed();
+}
+
+void RegionAnnotatingPhase::nudge(double dxPixels, double dyPixels) {
+    if (const std::optional<RegionAnnotatingModel::Change> change = model_.nudge(dxPixels, dyPixels)) apply(*change);
+}
+
+std::vector<std::pair<std::uint32_t, Rect>> RegionAnnotatingPhase::removableWindows() const {
+    const std::vector<CaptureComposition::Layer> windows = composition_.windowLayers();
+    // The last of the parts a region was made of stays.
+    if (model_.mode() != ScreenshotOverlayMode::annotate || windows.size() + (draggedArea_ ? 1 : 0) < 2) return {};
+    std::vector<std::pair<std::uint32_t, Rect>> removable;
+    for (const CaptureComposition::Layer& layer : windows) removable.emplace_back(*layer.id, flipped(layer.frame));
+    return removable;
+}
+
+std::optional<std::uint32_t> RegionAnnotatingPhase::removeBadgeAt(Point p) const {
+    for (const auto& [id, frame] : removableWindows()) {
+        const Point centre = RegionSelectionChrome::removeBadgeCenter(frame, model_.bounds());
+        if (std::hypot(p.x - centre.x, p.y - centre.y) <= RegionSelectionChrome::removeBadgeRadius) return id;
+    }
+    return std::nullopt;
+}
+
+void RegionAnnotatingPhase::showWindowOutlines() {
+    std::vector<Rect> outlines;
+    if (commandHeld_)
+        for (const auto& [id, frame] : removableWindows()) outlines.push_back(frame);
+    chrome_->setWindowOutlines(std::move(outlines));
 }
 
 void RegionAnnotatingPhase::apply(const RegionAnnotatingModel::Change& change) {
@@ -225,8 +268,12 @@ void RegionAnnotatingPhase::appendHoveredWindow() {
     if (!grabbed) grabbed = std::pair{croppedImage(*hover), *hover};
     // A window the composition lacks goes in by its place in the stacking order.
     composition_.insert({id, std::move(grabbed->first), flipped(grabbed->second), hoveredZ_});
-    const Rect united = model_.committed().unionWith(grabbed->second).intersection(model_.bounds());
-    if (const std::optional<RegionAnnotatingModel::Change> change = model_.commitResize(united)) apply(*change);
+    applyComposition(model_.committed().unionWith(grabbed->second));
+}
+
+void RegionAnnotatingPhase::applyComposition(const Rect& united) {
+    if (const std::optional<RegionAnnotatingModel::Change> change = model_.commitResize(united.intersection(model_.bounds()))) apply(*change);
+    showWindowOutlines();
 }
 
 void RegionAnnotatingPhase::setChromeHidden(bool hidden) {
@@ -317,7 +364,7 @@ std::optional<HintPanel::State> RegionAnnotatingPhase::hintState() const {
     if (state.selectedID)
         if (const AnnotationElement* selected = editor_->element(*state.selectedID)) return HintPanel::SelectedHint::of(selected->kind.kindCase());
     if (state.tool == AnnotationTool::select)
-        return HintPanel::Pointer{model_.mode() == ScreenshotOverlayMode::annotate && composition_.hasRemovableWindows()};
+        return HintPanel::Pointer{!removableWindows().empty()};
     return HintPanel::Tool{state.tool};
 }
 

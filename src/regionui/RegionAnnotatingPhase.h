@@ -72,8 +72,13 @@ public:
     std::optional<RegionAnnotatingModel::Anchor> mouseMove(QMouseEvent* event);
     void mouseRelease(QMouseEvent* event);
     void wheel(QWheelEvent* event);
-    // Ctrl went down or up: outside the region it offers the window under the pointer.
+    // Ctrl went down or up: outside the region it offers the window under the
+    // pointer, and a region of several windows shows each with its remove badge.
     void commandKey(bool held, Point pointer);
+    // An arrow key without a selection moves the region by a device pixel, 10 with Shift.
+    void nudge(double dxPixels, double dyPixels);
+    // The windows a region of several can lose, in view points, with their ids.
+    std::vector<std::pair<std::uint32_t, Rect>> removableWindows() const;
 
     // The document as the capture's PNG, with the region's rounded corners.
     std::optional<Bytes> renderPNG();
@@ -92,6 +97,10 @@ private:
     ImageBuffer croppedImage(const Rect& view) const;
     Rect flipped(const Rect& view) const;
     void appendHoveredWindow();
+    std::optional<std::uint32_t> removeBadgeAt(Point p) const;
+    // The region becomes what its windows (and the area first dragged) cover.
+    void applyComposition(const Rect& united);
+    void showWindowOutlines();
     void setChromeHidden(bool hidden);
     void layout();
     void layoutToolbar();
@@ -107,6 +116,7 @@ private:
     Hooks hooks_;
     RegionAnnotatingModel model_;
     CaptureComposition composition_;
+    std::optional<Rect> draggedArea_; // the region first committed, when it was dragged rather than a window
     std::unique_ptr<AnnotationEditorController> editor_;
     int observer_ = 0;
     AnnotationCanvasView* canvas_;

@@ -27,6 +27,12 @@ RegionChromeView::RegionChromeView(const RegionAnnotatingModel& model, QWidget* 
     setAttribute(Qt::WA_TranslucentBackground);
 }
 
+void RegionChromeView::setWindowOutlines(std::vector<Rect> windows) {
+    if (windows == windowOutlines_) return;
+    windowOutlines_ = std::move(windows);
+    update();
+}
+
 void RegionChromeView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -51,6 +57,21 @@ void RegionChromeView::paintEvent(QPaintEvent*) {
         }
     }
     if (model_.chromeHidden()) return;
+    for (const Rect& window : windowOutlines_) {
+        QPen dashed(accent, 1);
+        dashed.setDashPattern({4, 3});
+        painter.setPen(dashed);
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(QRectF(window.minX(), window.minY(), window.width(), window.height()).adjusted(0.5, 0.5, -0.5, -0.5));
+        const Point centre = RegionSelectionChrome::removeBadgeCenter(window, model_.bounds());
+        const double r = RegionSelectionChrome::removeBadgeRadius - 2;
+        painter.setPen(QPen(Qt::white, 1.5));
+        painter.setBrush(QColor(60, 60, 60, 230));
+        painter.drawEllipse(toQt(centre), r, r);
+        const double arm = r * 0.4;
+        painter.drawLine(QPointF(centre.x - arm, centre.y - arm), QPointF(centre.x + arm, centre.y + arm));
+        painter.drawLine(QPointF(centre.x - arm, centre.y + arm), QPointF(centre.x + arm, centre.y - arm));
+    }
     const std::optional<RectHandle> highlight = model_.activeHandle() ? model_.activeHandle() : model_.hoveredHandle();
     const std::vector<RegionSelectionChrome::HandleEntry> handles = RegionSelectionChrome::drawnHandles(shown);
     for (const auto& entry : handles)

@@ -15,11 +15,15 @@ class RegionChromeView final : public QWidget {
 public:
     RegionChromeView(const RegionAnnotatingModel& model, QWidget* parent);
 
+    // The windows of a multi-window region, outlined with their remove badges while Ctrl is held.
+    void setWindowOutlines(std::vector<Rect> windows);
+
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
     const RegionAnnotatingModel& model_;
+    std::vector<Rect> windowOutlines_;
 };
 
 } // namespace tosvar
