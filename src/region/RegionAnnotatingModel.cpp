@@ -79,6 +79,7 @@ RegionAnnotatingModel::Drag RegionAnnotatingModel::drag(Point raw, bool shift, b
     if (activeHandle_) {
         const Point to = snapCandidates_.empty() || shift || alt ? p : ElementDetection::snappedDragPoint(p, snapCandidates_);
         pending_ = Chrome::resized(resizeBase_, *activeHandle_, to, shift, alt, Chrome::minimumSide, bounds_);
+        resizeGuidePoint_ = to;
         return Drag::changed;
     }
     if (moveBase_) {
@@ -106,6 +107,7 @@ void RegionAnnotatingModel::endPress() {
     chromeHideWork_.cancel();
     pending_.reset();
     activeHandle_.reset();
+    resizeGuidePoint_.reset();
     moveBase_.reset();
     radiusBase_.reset();
     dragOrigin_.reset();

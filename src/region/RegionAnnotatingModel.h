@@ -104,6 +104,8 @@ public:
     double cornerRadius() const { return cornerRadius_; }
     bool showsRadiusGrip() const { return mode_ != ScreenshotOverlayMode::record; }
     std::optional<RectHandle> activeHandle() const { return activeHandle_; }
+    // Where the pointer drags a handle, for the loupe; none otherwise.
+    const std::optional<Point>& resizeGuidePoint() const { return resizeGuidePoint_; }
     std::optional<RectHandle> hoveredHandle() const { return hoveredHandle_; }
     bool radiusGripHovered() const { return radiusGripHovered_; }
     bool adjustingRadius() const { return radiusBase_.has_value(); }
@@ -122,6 +124,7 @@ private:
     MainQueue& queue_;
     std::optional<Rect> pending_;
     std::optional<RectHandle> activeHandle_, hoveredHandle_;
+    std::optional<Point> resizeGuidePoint_;
     Rect resizeBase_;
     struct MoveBase {
         Rect rect;

@@ -182,10 +182,11 @@ void QtRegionOverlay::paintAnnotating(QPainter& painter) {
         painter.setBrush(Qt::NoBrush);
         painter.drawRect(candidate);
     }
+    if (const std::optional<Point> at = region.resizeGuidePoint(); at && region.chromeHidden()) paintLoupe(painter, {at->x, at->y}, false);
     paintHint(painter);
 }
 
-void QtRegionOverlay::paintLoupe(QPainter& painter, QPointF at) {
+void QtRegionOverlay::paintLoupe(QPainter& painter, QPointF at, bool withColour) {
     const int zoom = std::clamp(model_.loupeZoom(), 2, 32);
     const double diameter = 110;
     const double factor = zoom / std::max(model_.scale(), 1e-6);
@@ -217,14 +218,13 @@ void QtRegionOverlay::paintLoupe(QPainter& painter, QPointF at) {
     painter.setBrush(Qt::NoBrush);
     painter.drawEllipse(circle);
     const QRgb pixel = frozenView_.pixel(px, py);
-    const QString label = QStringLiteral("%1, %2  ×%3  #%4%5%6")
-                              .arg(px)
-                              .arg(py)
-                              .arg(zoom)
-                              .arg(qRed(pixel), 2, 16, QLatin1Char('0'))
-                              .arg(qGreen(pixel), 2, 16, QLatin1Char('0'))
-                              .arg(qBlue(pixel), 2, 16, QLatin1Char('0'))
-                              .toUpper();
+    QString label = QStringLiteral("%1, %2  ×%3").arg(px).arg(py).arg(zoom);
+    if (withColour)
+        label += QStringLiteral("  #%1%2%3")
+                     .arg(qRed(pixel), 2, 16, QLatin1Char('0'))
+                     .arg(qGreen(pixel), 2, 16, QLatin1Char('0'))
+                     .arg(qBlue(pixel), 2, 16, QLatin1Char('0'))
+                     .toUpper();
     const QFontMetrics metrics(font());
     const QRectF plate(circle.center().x() - (metrics.horizontalAdvance(label) + 8) / 2, circle.bottom() + 4,
                        metrics.horizontalAdvance(label) + 8, metrics.height() + 4);

@@ -106,7 +106,8 @@ private:
     bool annotatingKey(QKeyEvent* event);
     // A view rectangle as a rectangle of the screen (points, y up).
     Rect screenRect(const Rect& view) const;
-    void paintLoupe(QPainter& painter, QPointF at);
+    // The magnified pixels around `at`, with the position, zoom and, when asked, the colour.
+    void paintLoupe(QPainter& painter, QPointF at, bool withColour = true);
     std::optional<HintPanel::State> desiredHintState() const;
     // Ctrl held picks elements; Ctrl still down from the hotkey does not.
     void followControlKey(bool held, Point at);

@@ -10,6 +10,8 @@
 #include "QtDrawingBackend.h"
 #include "QtRegionOverlay.h"
 #include "RegionAnnotatingPhase.h"
+#include "RegionInfoBadgePainter.h"
+#include "RegionInfoBadgeView.h"
 #include "RegionSelectionChrome.h"
 #include "TestApplication.h"
 #include "VirtualMainQueue.h"
@@ -213,6 +215,31 @@ TEST_F(RegionAnnotatingPhaseTest, ARadiusBelowHalfAPixelGivesSquareCornersAndAbo
     EXPECT_NEAR(phase().model().cornerRadius(), 0.6, 1e-9);
     key(Qt::Key_Return);
     EXPECT_LT(finishedImage().pixel(0, 0).a, 255) << "rounded";
+}
+
+} // namespace
+} // namespace tosvar
+
+namespace tosvar {
+namespace {
+
+TEST_F(RegionAnnotatingPhaseTest, TheBadgeSwitchesTheShadowOnAClickOrAShortDragAndALongDragPicksACorner) {
+    RegionInfoBadgeView& badge = phase().badge();
+    EXPECT_EQ(badge.geometry().bottomLeft().y(), 100 - 4 - 1) << "above the region's top-left corner";
+    const QRectF toggle = RegionInfoBadgePainter::toggleRect(badge.size(), QStringLiteral("200 × 150"), QStringLiteral("Shadow"));
+    const QPointF onSwitch = QPointF(badge.pos()) + toggle.center();
+    drag(onSwitch, onSwitch + QPointF(3, 0));
+    EXPECT_EQ(defaults.boolean("screenshotDropShadow"), true) << "three points is still a click";
+    mouse(QTest::MouseClick, onSwitch.toPoint());
+    EXPECT_EQ(defaults.boolean("screenshotDropShadow"), false);
+
+    // Dropped near the region's bottom-right corner, the badge goes to that
+    // corner, above the region since the toolbar holds the space below.
+    drag(onSwitch, {290, 260});
+    EXPECT_EQ(defaults.boolean("screenshotDropShadow"), false) << "a drag switches nothing";
+    EXPECT_EQ(badge.geometry().right(), 300 - 1) << "its right edge on the region's";
+    EXPECT_EQ(badge.geometry().bottom(), 100 - 4 - 1);
+    EXPECT_GE(phase().toolbar().geometry().top(), 250);
 }
 
 } // namespace
