@@ -51,6 +51,12 @@ QtRegionOverlay::QtRegionOverlay(const ScreenInfo& screen, const Rect& globalFra
     hintFade_->setEndValue(1.0);
     hintFade_->setDuration(150);
     connect(hintFade_, &QVariantAnimation::valueChanged, this, [this] { update(); });
+    hintMove_ = new QVariantAnimation(this);
+    hintMove_->setStartValue(0.0);
+    hintMove_->setEndValue(1.0);
+    hintMove_->setDuration(120);
+    hintMove_->setEasingCurve(QEasingCurve::OutCubic);
+    connect(hintMove_, &QVariantAnimation::valueChanged, this, [this] { update(); });
     if (frozen) attachFrozen(*frozen);
 }
 
@@ -245,34 +251,56 @@ std::optional<HintPanel::State> QtRegionOverlay::desiredHintState() const {
     return HintPanel::Idle{model_.mode()};
 }
 
-void QtRegionOverlay::paintHint(QPainter& painter) {
-    const std::optional<HintPanel::State> state = desiredHintState();
-    if (!state) {
-        hintShown_ = false;
-        return;
-    }
-    if (state != hintState_) hint_.apply(HintPanel::content(*state, [](const std::string& key) { return L(key); }));
-    hintState_ = state;
-    std::vector<Rect> obstacles = annotating_ ? annotating_->hintObstacles() : std::vector<Rect>{};
-    if (!annotating_)
+std::vector<Rect> QtRegionOverlay::hintObstacles() const {
+    if (annotating_) return annotating_->hintObstacles();
+    std::vector<Rect> obstacles;
     for (const std::optional<Rect>& r : {model_.liveSelection(), model_.keyboardCandidate(),
                                          pendingCommit_ ? std::optional<Rect>(pendingCommit_->rect) : std::nullopt})
         if (r) obstacles.push_back(r->insetBy(-8, -8));
-    const Size panel{hint_.size().width(), hint_.size().height()};
-    const std::optional<HintPanel::Corner> corner = HintPanel::placement(panel, model_.bounds(), obstacles, hintCorner_);
-    if (!corner) {
-        hintShown_ = false;
-        return;
+    return obstacles;
+}
+
+// The panel fades in where it first shows, glides over 0.12 s when it must
+// change corners, and fades out where it last stood.
+void QtRegionOverlay::paintHint(QPainter& painter) {
+    std::optional<Rect> target;
+    if (const std::optional<HintPanel::State> state = desiredHintState()) {
+        if (state != hintState_) hint_.apply(HintPanel::content(*state, [](const std::string& key) { return L(key); }));
+        hintState_ = state;
+        const Size panel{hint_.size().width(), hint_.size().height()};
+        if (const std::optional<HintPanel::Corner> corner = HintPanel::placement(panel, model_.bounds(), hintObstacles(), hintCorner_)) {
+            if (*corner != hintCorner_ && hintShown_ && hintDrawnAt_) {
+                hintMoveFrom_ = *hintDrawnAt_;
+                hintMove_->start();
+            }
+            hintCorner_ = *corner;
+            target = HintPanel::frame(panel, model_.bounds(), *corner);
+        }
     }
-    hintCorner_ = *corner;
-    if (!hintShown_) {
+    if (target && !hintShown_) {
         hintShown_ = true;
+        hintMove_->stop();
+        hintFade_->setDirection(QAbstractAnimation::Forward);
+        hintFade_->start();
+    } else if (!target && hintShown_) {
+        hintShown_ = false;
+        hintFade_->setDirection(QAbstractAnimation::Backward);
         hintFade_->start();
     }
-    const Rect at = HintPanel::frame(panel, model_.bounds(), *corner);
+    if (target) {
+        Rect at = *target;
+        if (hintMove_->state() == QAbstractAnimation::Running) {
+            const double t = hintMove_->currentValue().toDouble();
+            at = Rect(hintMoveFrom_.minX() + (at.minX() - hintMoveFrom_.minX()) * t, hintMoveFrom_.minY() + (at.minY() - hintMoveFrom_.minY()) * t,
+                      at.width(), at.height());
+        }
+        hintDrawnAt_ = at;
+    }
+    const double opacity = hintFade_->currentValue().toDouble();
+    if (!hintDrawnAt_ || opacity <= 0 || (!hintShown_ && hintFade_->state() != QAbstractAnimation::Running)) return;
     painter.save();
-    painter.setOpacity(hintFade_->currentValue().toDouble());
-    hint_.paint(painter, QPointF(at.minX(), at.minY()));
+    painter.setOpacity(opacity);
+    hint_.paint(painter, QPointF(hintDrawnAt_->minX(), hintDrawnAt_->minY()));
     painter.restore();
 }
 

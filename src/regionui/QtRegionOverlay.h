@@ -118,6 +118,7 @@ private:
     void wake(std::int64_t pid, bool redetect);
     void scheduleElementRedetect(int attempt);
     void paintHint(QPainter& painter);
+    std::vector<Rect> hintObstacles() const;
 
     ScreenInfo screen_;
     Rect globalFrame_;
@@ -129,7 +130,10 @@ private:
     HintPanelPainter hint_;
     std::optional<HintPanel::State> hintState_;
     bool hintShown_ = false;
-    QVariantAnimation* hintFade_; // 0.15 s fade-in of a panel that was not showing
+    QVariantAnimation* hintFade_; // 0.15 s fade in, or out
+    QVariantAnimation* hintMove_; // 0.12 s glide between corners
+    Rect hintMoveFrom_;
+    std::optional<Rect> hintDrawnAt_;
     HintPanel::Corner hintCorner_ = HintPanel::Corner::bottomLeft;
     bool elementModeArmed_ = false;
     std::optional<Point> lastElementQuery_, lastSnapQuery_;

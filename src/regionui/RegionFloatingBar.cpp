@@ -1,5 +1,6 @@
 #include "RegionFloatingBar.h"
 
+#include <QGraphicsDropShadowEffect>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMouseEvent>
@@ -21,6 +22,11 @@ RegionFloatingBar::RegionFloatingBar(QWidget* content, QWidget* parent) : QWidge
     row->addWidget(grip);
     content->setParent(this);
     row->addWidget(content, 1);
+    auto* shadow = new QGraphicsDropShadowEffect(this);
+    shadow->setBlurRadius(14);
+    shadow->setOffset(0, 2);
+    shadow->setColor(QColor(0, 0, 0, 110));
+    setGraphicsEffect(shadow);
     adjustSize();
 }
 
