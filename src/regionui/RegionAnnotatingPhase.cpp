@@ -116,15 +116,13 @@ Rect RegionAnnotatingPhase::flipped(const Rect& view) const {
 }
 
 bool RegionAnnotatingPhase::claims(QPointF canvasPoint) const {
-    const AnnotationEditorController::State& state = editor_->state();
-    const bool idle = state.tool == AnnotationTool::select && editor_->allSelectedIDs().empty() && !canvas_->isEditingText();
     const bool command = QGuiApplication::keyboardModifiers() & Qt::ControlModifier;
     const Point p = fromQt(canvas_->mapTo(&overlay_, canvasPoint));
     if (command && removeBadgeAt(p)) return true;
-    return model_.claims(p, idle, command, canvas_->hasElementAt(canvasPoint));
+    return model_.claims(p, pointerToolIdle(), command, canvas_->hasElementAt(canvasPoint));
 }
 
-bool RegionAnnotatingPhase::scrollAdjustsRegion() const {
+bool RegionAnnotatingPhase::pointerToolIdle() const {
     return editor_->state().tool == AnnotationTool::select && editor_->allSelectedIDs().empty() && !canvas_->isEditingText();
 }
 
@@ -188,7 +186,7 @@ void RegionAnnotatingPhase::mouseRelease(QMouseEvent* event) {
 }
 
 void RegionAnnotatingPhase::wheel(QWheelEvent* event) {
-    if (model_.pending() || !scrollAdjustsRegion()) return;
+    if (model_.pending() || !pointerToolIdle()) return;
     const QPoint pixels = event->pixelDelta();
     zoom(!pixels.isNull() ? pixels.y() * 0.1 : event->angleDelta().y() / 120.0);
 }

@@ -90,7 +90,9 @@ public:
 
 private:
     bool claims(QPointF canvasPoint) const;
-    bool scrollAdjustsRegion() const;
+    // The pointer tool with nothing selected and no text open: the region's
+    // own presses and the wheel's resizing work then.
+    bool pointerToolIdle() const;
     void zoom(double steps);
     void apply(const RegionAnnotatingModel::Change& change);
     // The image of a view rectangle: the composed windows when there are some, else the frozen display.
