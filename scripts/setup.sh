@@ -16,7 +16,8 @@ packages=(
   # codecs, data
   libpng-dev libdeflate-dev zlib1g-dev nlohmann-json3-dev
   # reading text and QR codes
-  libtesseract-dev tesseract-ocr-eng tesseract-ocr-chi-sim tesseract-ocr-chi-tra libzxing-dev
+  libtesseract-dev tesseract-ocr-eng tesseract-ocr-deu tesseract-ocr-fra tesseract-ocr-spa tesseract-ocr-chi-sim
+  tesseract-ocr-chi-tra tesseract-ocr-jpn tesseract-ocr-kor libzxing-dev
   # movies and sound: FFmpeg (H.264 by libx264, AAC), PulseAudio
   libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev libpulse-dev
   # tests and benchmarks

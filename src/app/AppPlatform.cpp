@@ -3,10 +3,12 @@
 #include "BuildTarget.h"
 #include "FfmpegMovieEncoder.h"
 #include "LocalizationManager.h"
+#include "OCRLanguagePreference.h"
 #include "OwnPasteboard.h"
 #include "ParallelFor.h"
 #include "QtDrawingBackend.h"
 #include "QtX11Sync.h"
+#include "ScreenshotTextRecognition.h"
 #include "ScreenshotToast.h"
 #include "SettingsStore.h"
 #include "WorkerPool.h"
@@ -57,6 +59,7 @@ AppPlatform::AppPlatform()
                [](int count, const std::function<void(int, int)>& body) {
                    parallelFor(WorkerPool::shared(), count, static_cast<int>(WorkerPool::shared().threadCount()) * 4, body);
                }),
+      textRecognizer([] { return OCRLanguagePreference::languages(SettingsStore::standardDefaults()); }, WorkerPool::shared()),
       overlays({
           .windows = windowList,
           .mainGlobalFrame = [] { return QtScreenLayout::mainGlobalFrame(); },
@@ -67,6 +70,9 @@ AppPlatform::AppPlatform()
           .snapToElements = [] { return SettingsStore().load().screenshotElementSnap; },
           .runDetached = [](std::function<void()> work) { WorkerPool::shared().detach(std::move(work)); },
           .captureWindow = [this](std::uint32_t windowID) { return displays->captureWindow(windowID); },
+          .readText = [this](const ImageBuffer& image, double scale) {
+              return ScreenshotTextRecognition::capturePlainText(textRecognizer, qrCodes, image, scale);
+          },
           .editing = AnnotationEditorServices{renderer, mainQueue, &SettingsStore::standardDefaults(), elementClipboard, pasteboard,
                                               WorkerPool::shared()},
       }),

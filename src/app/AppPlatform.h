@@ -3,6 +3,8 @@
 #include "AnnotationElementClipboard.h"
 #include "AnnotationRenderer.h"
 #include "AtspiAccessibleElements.h"
+#include "TesseractTextRecognizer.h"
+#include "ZXingQRCodeReader.h"
 #include "AudioRecorder.h"
 #include "CaptureDeletion.h"
 #include "DisplayFullScreenCapture.h"
@@ -79,6 +81,8 @@ struct AppPlatform {
     AtspiAccessibleElements accessibility;
     AnnotationRenderer renderer;
     AnnotationElementClipboard elementClipboard;
+    TesseractTextRecognizer textRecognizer;
+    ZXingQRCodeReader qrCodes;
     QtRegionOverlayFactory overlays;
     std::shared_ptr<RegionScreenshotSession> region;
     UnbuiltRecording recording;

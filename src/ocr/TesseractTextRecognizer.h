@@ -3,6 +3,7 @@
 #include "TextRecognizing.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -15,14 +16,21 @@ class TessBaseAPI;
 
 namespace tosvar {
 
-// Text recognition by Tesseract's line recogniser. One engine is kept and
-// set up again only when the languages change; calls take turns on it.
+class WorkerPool;
+
+// Text recognition by Tesseract's line recogniser, made fast enough for a
+// screen: the page is cut at blank rows into bands read side by side on the
+// worker pool, each by an engine of its own (engines are kept per set of
+// models), and read first with the Latin-script languages of the list only;
+// lines that come out unsure are read again with every language of the list,
+// so a page of English does not pay for the Chinese models and a page of
+// Chinese still gets them.
 class TesseractTextRecognizer final : public TextRecognizing {
 public:
     // `languages` gives the language tags to read ("en-US", "zh-Hans", ...)
     // at each call; tags without installed data are left out, and English
     // stands in when none is left.
-    explicit TesseractTextRecognizer(std::function<std::vector<std::string>()> languages);
+    TesseractTextRecognizer(std::function<std::vector<std::string>()> languages, WorkerPool& pool);
     ~TesseractTextRecognizer() override;
 
     OCROutcome recognizeText(const std::vector<std::uint8_t>& encodedImage) override;
@@ -34,14 +42,25 @@ public:
     // The language tags whose models are installed.
     static std::vector<std::string> supportedLanguages();
 
+    // A line read with less confidence than this is read again with every language.
+    static constexpr float unsureConfidence = 0.6f;
+
 private:
+    class Engine;
+    struct Models {
+        std::string first; // the Latin-script models, English always among them
+        std::string all;   // every model of the list, in its order
+    };
+
+    Models models() const;
     std::optional<std::vector<RecognizedLine>> read(const ImageBuffer& image);
-    bool prepare(const std::string& models);
+    std::unique_ptr<Engine> takeEngine(const std::string& models);
+    void giveBack(std::unique_ptr<Engine> engine);
 
     std::function<std::vector<std::string>()> languages_;
+    WorkerPool& pool_;
     std::mutex mutex_;
-    std::unique_ptr<tesseract::TessBaseAPI> engine_;
-    std::string loadedModels_;
+    std::multimap<std::string, std::unique_ptr<Engine>> idle_;
 };
 
 } // namespace tosvar

@@ -85,4 +85,44 @@ std::u32string trimmed(std::u32string_view text) {
 
 std::string trimmed(std::string_view utf8) { return encode(trimmed(decode(utf8))); }
 
+namespace {
+
+bool extends(char32_t c) {
+    return (c >= 0x0300 && c <= 0x036F) || (c >= 0x0483 && c <= 0x0489) || (c >= 0x0591 && c <= 0x05BD) || (c >= 0x064B && c <= 0x065F) ||
+           (c >= 0x0900 && c <= 0x0903) || (c >= 0x093A && c <= 0x094F) || (c >= 0x0E31 && c <= 0x0E3A && c != 0x0E32 && c != 0x0E33) ||
+           (c >= 0x0E47 && c <= 0x0E4E) || (c >= 0x1AB0 && c <= 0x1AFF) || (c >= 0x1DC0 && c <= 0x1DFF) || (c >= 0x20D0 && c <= 0x20FF) ||
+           (c >= 0x3099 && c <= 0x309A) || (c >= 0xFE00 && c <= 0xFE0F) || (c >= 0xFE20 && c <= 0xFE2F) ||
+           (c >= 0x1F3FB && c <= 0x1F3FF) || (c >= 0xE0020 && c <= 0xE007F) || (c >= 0xE0100 && c <= 0xE01EF) || c == 0x200D;
+}
+
+bool isRegionalIndicator(char32_t c) { return c >= 0x1F1E6 && c <= 0x1F1FF; }
+bool isHangulLeading(char32_t c) { return c >= 0x1100 && c <= 0x115F; }
+bool isHangulVowelOrTrailing(char32_t c) { return c >= 0x1160 && c <= 0x11FF; }
+bool isHangulSyllable(char32_t c) { return c >= 0xAC00 && c <= 0xD7A3; }
+
+} // namespace
+
+std::vector<std::u32string> graphemeClusters(std::u32string_view text) {
+    std::vector<std::u32string> clusters;
+    int regionalRun = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char32_t c = text[i];
+        const char32_t before = i > 0 ? text[i - 1] : 0;
+        bool joins = false;
+        if (!clusters.empty()) {
+            joins = (before == U'\r' && c == U'\n') || extends(c) || before == 0x200D ||
+                    (isRegionalIndicator(c) && isRegionalIndicator(before) && regionalRun % 2 == 1) ||
+                    (isHangulVowelOrTrailing(c) && (isHangulLeading(before) || isHangulVowelOrTrailing(before) || isHangulSyllable(before))) ||
+                    (isHangulLeading(c) && isHangulLeading(before));
+            if (before == U'\r' || before == U'\n') joins = joins && c == U'\n' && before == U'\r';
+        }
+        regionalRun = isRegionalIndicator(c) ? regionalRun + 1 : 0;
+        if (joins) clusters.back().push_back(c);
+        else clusters.emplace_back(1, c);
+    }
+    return clusters;
+}
+
+std::size_t graphemeCount(std::string_view utf8) { return graphemeClusters(decode(utf8)).size(); }
+
 } // namespace tosvar::UnicodeText

@@ -4,7 +4,9 @@
 #include "LocalizationManager.h"
 #include "PngEncoder.h"
 #include "RegionAnnotatingPhase.h"
+#include "UnicodeText.h"
 #include "QtKeyEvents.h"
+#include "Log.h"
 #include "QtPainterCanvas.h"
 #include "WindowImageTrimmer.h"
 
@@ -14,6 +16,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPointer>
 #include <QTimer>
 #include <QWindow>
 #include <QVariantAnimation>
@@ -555,22 +558,15 @@ std::pair<ImageBuffer, Rect> QtRegionOverlay::capturedImage(const RegionSelectio
 void QtRegionOverlay::finishWith(const RegionSelectionModel::Commit& commit) {
     const double s = frozen_->image.width() / std::max(1.0, globalFrame_.width());
     const auto [image, rect] = capturedImage(commit, s);
+    if (model_.mode() == ScreenshotOverlayMode::captureText) return captureTextAndFinish(image, s);
+    if (model_.mode() == ScreenshotOverlayMode::annotate && editorServices) return beginAnnotation(rect, image, commit.windowID);
     Expected<std::vector<std::uint8_t>> png = PngEncoder::encode(image);
     if (!png) return cancel();
-    const Rect onScreen = screenRect(rect);
-    switch (model_.mode()) {
-    case ScreenshotOverlayMode::translate:
-        if (callbacks_.onRegionTranslate) callbacks_.onRegionTranslate(*png, onScreen);
-        return;
-    case ScreenshotOverlayMode::captureText:
-    case ScreenshotOverlayMode::record:
-    case ScreenshotOverlayMode::scrollCapture:
-    case ScreenshotOverlayMode::annotate:
-        if (editorServices) return beginAnnotation(rect, image, commit.windowID);
-        if (callbacks_.onFinish)
-            callbacks_.onFinish({AnnotationResult::finished(std::move(*png), AnnotationAction::copy), onScreen, true, s});
+    if (model_.mode() == ScreenshotOverlayMode::translate) {
+        if (callbacks_.onRegionTranslate) callbacks_.onRegionTranslate(*png, screenRect(rect));
         return;
     }
+    if (callbacks_.onFinish) callbacks_.onFinish({AnnotationResult::finished(std::move(*png), AnnotationAction::copy), screenRect(rect), true, s});
 }
 
 // The keys the overlay answers while a region is annotated: those the canvas passed on.
@@ -640,6 +636,24 @@ void QtRegionOverlay::beginAnnotation(const Rect& rect, ImageBuffer image, std::
     setCursor(Qt::ArrowCursor);
     update();
     if (callbacks_.onBeganAnnotation) callbacks_.onBeganAnnotation();
+}
+
+void QtRegionOverlay::captureTextAndFinish(ImageBuffer image, double scale) {
+    if (textCaptureInFlight_) return;
+    if (!readText || !runDetached) return cancel();
+    textCaptureInFlight_ = true;
+    update();
+    const QPointer<QtRegionOverlay> overlay(this);
+    runDetached([overlay, read = readText, image = std::move(image), scale] {
+        std::optional<std::string> text = read(image, scale);
+        QMetaObject::invokeMethod(qApp, [overlay, text = std::move(text)] {
+            if (!overlay) return; // the session ended meanwhile
+            const std::string found = text.value_or("");
+            logLine("text capture: " + std::to_string(UnicodeText::graphemeCount(found)) + " character(s)");
+            if (!found.empty() && overlay->onCopyText) overlay->onCopyText(found);
+            if (overlay->callbacks_.onTextCaptured) overlay->callbacks_.onTextCaptured(found);
+        }, Qt::QueuedConnection);
+    });
 }
 
 void QtRegionOverlay::finishAnnotation(AnnotationAction action) {

@@ -67,6 +67,10 @@ public:
     std::function<void(std::int64_t pid)> wakeProgram;
     // Whether a drag snaps to the edges of elements and windows.
     bool snapToElements = false;
+    // Reads a region's text and QR codes (off the main thread); none when it holds neither.
+    std::function<std::optional<std::string>(const ImageBuffer& image, double scale)> readText;
+    // Runs work off the main thread.
+    std::function<void(std::function<void()>)> runDetached;
     // A window's own pixels, taken for a clicked window instead of the frozen display.
     std::function<std::optional<ImageBuffer>(std::uint32_t windowID)> captureWindow;
     RegionSelectionModel& selection() { return model_; }
@@ -99,6 +103,9 @@ private:
     std::pair<ImageBuffer, Rect> capturedImage(const RegionSelectionModel::Commit& commit, double scale) const;
     void cancel();
     void beginAnnotation(const Rect& rect, ImageBuffer image, std::optional<std::uint32_t> windowID);
+    // Reads the region's text off the main thread, puts it on the clipboard
+    // and ends the session with it; one reading at a time.
+    void captureTextAndFinish(ImageBuffer image, double scale);
     void finishAnnotation(AnnotationAction action);
     // Back to drawing: the committed region and its annotations are dropped.
     void abandonCommittedRegion();
@@ -141,6 +148,7 @@ private:
     std::function<std::optional<std::string>(std::size_t level)> elementTextOf_;
     std::set<std::int64_t> wokenPIDs_;
     std::unique_ptr<RegionAnnotatingPhase> annotating_;
+    bool textCaptureInFlight_ = false;
 };
 
 } // namespace tosvar

@@ -68,6 +68,8 @@ std::unique_ptr<RegionOverlay> QtRegionOverlayFactory::make(const ScreenInfo& sc
     overlay->captureWindow = services_.captureWindow;
     overlay->editorServices = services_.editing ? &*services_.editing : nullptr;
     overlay->settings = services_.defaults;
+    overlay->readText = services_.readText;
+    overlay->runDetached = services_.runDetached;
     return overlay;
 }
 

@@ -24,6 +24,8 @@ public:
         std::function<void(std::function<void()>)> runDetached = {}; // wakes programs' accessibility off the main thread
         // A window's own pixels, for a clicked window; none falls back to the frozen display.
         std::function<std::optional<ImageBuffer>(std::uint32_t windowID)> captureWindow = {};
+        // Reads a region's text and QR codes, off the main thread, for text capture.
+        std::function<std::optional<std::string>(const ImageBuffer& image, double scale)> readText = {};
         // Editing a committed region in place; without it a region is the capture at once.
         std::optional<AnnotationEditorServices> editing = {};
     };

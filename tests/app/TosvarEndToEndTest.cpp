@@ -6,6 +6,7 @@
 #include "PngDecoder.h"
 #include "PngEncoder.h"
 #include "SessionBus.h"
+#include "TextSpecimens.h"
 #include "X11DisplayCapturer.h"
 #include "XvfbServer.h"
 
@@ -408,4 +409,58 @@ TEST_F(TosvarEndToEndTest, AnnotateARegionInPlaceResizeItAndCopy) {
     }
     EXPECT_GT(inRectangle, 2 * (80 + 60) * 3) << "the rectangle's stroke";
     EXPECT_GT(inArrow, 300) << "the arrow";
+}
+
+namespace {
+
+// Starts the helper window with `arguments` and waits until it is on screen.
+struct SpecimenWindow {
+    explicit SpecimenWindow(const std::vector<std::string>& arguments) : process([&] {
+        std::vector<std::string> command{TOSVAR_TEXT_WINDOW};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return command;
+    }()) {}
+    bool shown() { return waitFor([] { return run("xdotool search --name '^Text specimen$'").exitCode == 0; }); }
+    ChildProcess process;
+};
+
+} // namespace
+
+// Capture Text from the command line over a paragraph, a code block and a
+// small table of 14-pixel text at one pixel per point: the clipboard reads
+// them back with at most 2% of the characters wrong; and a QR code on screen
+// gives exactly its text.
+TEST_F(TosvarEndToEndTest, CaptureTextAndAQRCodeFromTheScreen) {
+    ChildProcess manager({"openbox"});
+    ASSERT_TRUE(manager.started());
+    const fs::path log = stateFolder() / "launch.log";
+    auto presented = [&] { return occurrences(readFile(log), "overlays presented"); };
+    auto readings = [&] { return occurrences(readFile(log), "text capture: "); };
+    {
+        SpecimenWindow document({"document", "60", "80"});
+        ASSERT_TRUE(document.shown());
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        ASSERT_EQ(runTosvar("text").exitCode, 0);
+        ASSERT_TRUE(waitFor([&] { return presented() == 1; })) << readFile(log);
+        ASSERT_EQ(run("xdotool mousemove 64 84 mousedown 1 mousemove 300 200 mousemove 956 396 sleep 0.1 mouseup 1").exitCode, 0);
+        ASSERT_TRUE(waitFor([&] { return readings() == 1; }, 30000)) << readFile(log);
+        const std::string clipboard = run("xclip -selection clipboard -o").output;
+        const std::string truth = TextSpecimens::truth(TextSpecimens::document());
+        const double errorRate = TextSpecimens::characterErrorRate(clipboard, truth);
+        RecordProperty("characterErrorRate", std::to_string(errorRate));
+        std::printf("character error rate %.2f%% over %zu characters\n", 100 * errorRate, truth.size());
+        EXPECT_LE(errorRate, 0.02) << clipboard;
+    }
+    {
+        const std::string payload = "https://example.org/tides?harbour=north&day=3";
+        SpecimenWindow code({"qr", payload, "400", "200"});
+        ASSERT_TRUE(code.shown());
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        ASSERT_EQ(runTosvar("text").exitCode, 0);
+        ASSERT_TRUE(waitFor([&] { return presented() == 2; }));
+        ASSERT_EQ(run("xdotool mousemove 402 202 mousedown 1 mousemove 500 300 mousemove 590 390 sleep 0.1 mouseup 1").exitCode, 0);
+        ASSERT_TRUE(waitFor([&] { return readings() == 2; }, 30000)) << readFile(log);
+        EXPECT_EQ(run("xclip -selection clipboard -o").output, payload);
+    }
+    EXPECT_TRUE(screenshots(saveFolder()).empty()) << "reading text saves no picture";
 }

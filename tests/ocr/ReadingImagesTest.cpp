@@ -3,6 +3,7 @@
 #include "OCRLanguagePreference.h"
 #include "TesseractTextRecognizer.h"
 #include "TestApplication.h"
+#include "WorkerPool.h"
 #include "ZXingQRCodeReader.h"
 
 #define ZX_USE_UTF8 1
@@ -52,7 +53,7 @@ ImageBuffer qrImage(const std::string& text) {
 } // namespace
 
 TEST(TesseractTextRecognizer, ReadsRenderedLinesWithTheirBoxes) {
-    TesseractTextRecognizer recognizer([] { return std::vector<std::string>{"en-US"}; });
+    TesseractTextRecognizer recognizer([] { return std::vector<std::string>{"en-US"}; }, WorkerPool::shared());
     const auto lines = recognizer.recognizeLines(renderedText({"Quarterly report draft", "Send it by Friday"}, 28));
     ASSERT_EQ(lines.size(), 2u);
     EXPECT_EQ(lines[0].text, "Quarterly report draft");
@@ -71,7 +72,7 @@ TEST(TesseractTextRecognizer, NamesModelsAndFallsBackToEnglish) {
     const auto supported = TesseractTextRecognizer::supportedLanguages();
     EXPECT_NE(std::find(supported.begin(), supported.end(), "en"), supported.end());
 
-    TesseractTextRecognizer unknown([] { return std::vector<std::string>{"xx-YY"}; });
+    TesseractTextRecognizer unknown([] { return std::vector<std::string>{"xx-YY"}; }, WorkerPool::shared());
     const auto lines = unknown.recognizeLines(renderedText({"Plain English"}, 28));
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_EQ(lines[0].text, "Plain English");
