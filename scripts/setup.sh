@@ -31,6 +31,8 @@ packages=(
   at-spi2-core
   # the face annotation text is measured and drawn in
   fonts-liberation2
+  # Chinese, Japanese and Korean glyphs, for the text-capture tests
+  fonts-droid-fallback
 )
 
 missing=()

@@ -48,20 +48,4 @@ std::optional<std::string> ScriptLanguage::cjkGuess(std::string_view text) {
     return "ko";
 }
 
-std::string ScreenshotTextRecognition::mergedText(std::string_view transcript, const std::vector<std::string>& qrPayloads) {
-    const std::string text = UnicodeText::trimmed(transcript);
-    std::vector<std::string> entries;
-    if (!text.empty()) entries.push_back(text);
-    for (const std::string& raw : qrPayloads) {
-        const std::string payload = UnicodeText::trimmed(raw);
-        if (payload.empty() || std::find(entries.begin(), entries.end(), payload) != entries.end() ||
-            text.find(payload) != std::string::npos)
-            continue;
-        entries.push_back(payload);
-    }
-    std::string merged;
-    for (std::size_t i = 0; i < entries.size(); ++i) merged += (i ? "\n" : "") + entries[i];
-    return merged;
-}
-
 } // namespace tosvar

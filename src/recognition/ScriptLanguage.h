@@ -20,12 +20,4 @@ std::optional<std::string> cjkGuess(std::string_view text);
 
 } // namespace ScriptLanguage
 
-// Text read from a screenshot merged with the QR codes found in it.
-namespace ScreenshotTextRecognition {
-
-// The trimmed transcript first, then each payload not already shown.
-std::string mergedText(std::string_view transcript, const std::vector<std::string>& qrPayloads);
-
-} // namespace ScreenshotTextRecognition
-
 } // namespace tosvar

@@ -2,6 +2,7 @@
 #include "ScriptLanguage.h"
 #include "TextBlockGrouping.h"
 #include "TextBlockRuns.h"
+#include "UnicodeText.h"
 
 #include <gtest/gtest.h>
 
@@ -129,7 +130,21 @@ TEST(ScriptLanguage, GuessesByScript) {
     EXPECT_EQ(ScriptLanguage::cjkGuess("abc"), std::nullopt);
 }
 
-TEST(ScreenshotTextRecognition, QrPayloadsTheTranscriptShowsAreNotRepeated) {
-    EXPECT_EQ(ScreenshotTextRecognition::mergedText(" see https://x.org \n", {"https://x.org"}), "see https://x.org");
-    EXPECT_EQ(ScreenshotTextRecognition::mergedText("", {" a ", "a", "", "b"}), "a\nb");
+TEST(UnicodeText, CountsWhatAReaderSeesAsOneCharacter) {
+    const struct {
+        const char* text;
+        std::size_t count;
+    } rows[] = {
+        {"", 0},
+        {"ab", 2},
+        {"e\u0301", 1},                                       // e and a combining acute
+        {"\r\n", 1},
+        {"\n\u0301", 2},                                      // a mark after a line end stands alone
+        {"\U0001F1E9\U0001F1EA\U0001F1EB", 2},                // a flag pair and a lone indicator
+        {"\U0001F44D\U0001F3FD", 1},                          // thumbs up with a skin tone
+        {"\U0001F468\u200D\U0001F469\u200D\U0001F467", 1},    // a family joined by ZWJ
+        {"\u1100\u1161\u11A8", 1},                            // Hangul jamo making one syllable
+        {"日本語", 3},
+    };
+    for (const auto& row : rows) EXPECT_EQ(UnicodeText::graphemeCount(row.text), row.count) << row.text;
 }
