@@ -3,6 +3,7 @@
 #include "Log.h"
 #include "ParallelFor.h"
 #include "PngDecoder.h"
+#include "TextBlockGrouping.h"
 #include "WorkerPool.h"
 
 #include <omp.h>
@@ -14,6 +15,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <iterator>
 
 namespace tosvar {
 
@@ -60,43 +62,73 @@ void append(std::string& models, const std::string& model) {
     models += (models.empty() ? "" : "+") + model;
 }
 
-// Rows holding no text: their lightest and darkest pixels lie close together.
-std::vector<bool> blankRows(const ImageBuffer& image) {
-    std::vector<bool> blank(static_cast<std::size_t>(image.height()));
-    for (int y = 0; y < image.height(); ++y) {
-        const std::uint8_t* row = image.row(y);
-        int lo = 255, hi = 0;
-        for (int x = 0; x < image.width(); ++x) {
-            const int grey = (row[4 * x] * 3 + row[4 * x + 1] * 6 + row[4 * x + 2]) / 10;
-            lo = std::min(lo, grey);
-            hi = std::max(hi, grey);
+// The page in grey, one byte a pixel, as the engine reads it anyway.
+struct GreyPage {
+    std::vector<std::uint8_t> pixels;
+    int width = 0, height = 0;
+
+    explicit GreyPage(const ImageBuffer& image) : pixels(static_cast<std::size_t>(image.width()) * image.height()),
+                                                  width(image.width()), height(image.height()) {
+        const ChannelOffsets c = channelOffsets(image.order());
+        for (int y = 0; y < height; ++y) {
+            const std::uint8_t* row = image.row(y);
+            std::uint8_t* out = &pixels[static_cast<std::size_t>(y) * width];
+            for (int x = 0; x < width; ++x) out[x] = static_cast<std::uint8_t>((row[4 * x + c.r] * 77 + row[4 * x + c.g] * 150 + row[4 * x + c.b] * 29) >> 8);
         }
-        blank[static_cast<std::size_t>(y)] = hi - lo < 40;
     }
-    return blank;
+    const std::uint8_t* at(int x, int y) const { return &pixels[static_cast<std::size_t>(y) * width + x]; }
+};
+
+// A rectangle of the grey page, read without a copy.
+struct PageView {
+    const GreyPage* page;
+    PixelRect area;
+};
+
+// Whether a row or column of the page holds text: its lightest and darkest
+// pixels lie apart.
+bool inked(const GreyPage& page, int x0, int y0, int dx, int dy, int count) {
+    int lo = 255, hi = 0;
+    for (int i = 0; i < count; ++i) {
+        const int v = *page.at(x0 + i * dx, y0 + i * dy);
+        lo = std::min(lo, v);
+        hi = std::max(hi, v);
+    }
+    return hi - lo >= 40;
 }
 
-// Where the page is cut into at most `count` bands: at the blank row nearest
+// The part of the page that holds anything, with a margin; empty for a blank page.
+PixelRect contentBox(const GreyPage& page) {
+    int top = 0, bottom = page.height, left = 0, right = page.width;
+    while (top < bottom && !inked(page, 0, top, 1, 0, page.width)) ++top;
+    while (bottom > top && !inked(page, 0, bottom - 1, 1, 0, page.width)) --bottom;
+    if (top == bottom) return {};
+    while (left < right && !inked(page, left, top, 0, 1, bottom - top)) ++left;
+    while (right > left && !inked(page, right - 1, top, 0, 1, bottom - top)) --right;
+    constexpr int margin = 12;
+    return PixelRect{left - margin, top - margin, right - left + 2 * margin, bottom - top + 2 * margin}.intersection(
+        {0, 0, page.width, page.height});
+}
+
+// Where `area` is cut into at most `count` bands: at the blank row nearest
 // each even cut, none nearer than 48 rows to another; no band without one.
-std::vector<int> bandCuts(const ImageBuffer& image, int count) {
-    std::vector<int> cuts{0};
-    if (count > 1 && image.height() >= 256) {
-        const std::vector<bool> blank = blankRows(image);
+std::vector<int> bandCuts(const GreyPage& page, const PixelRect& area, int count) {
+    std::vector<int> cuts{area.y};
+    if (count > 1 && area.height >= 256) {
+        auto blank = [&](int y) { return !inked(page, area.x, y, 1, 0, area.width); };
         for (int k = 1; k < count; ++k) {
-            const int ideal = image.height() * k / count;
-            const int reach = image.height() / (2 * count);
+            const int ideal = area.y + area.height * k / count;
+            const int reach = area.height / (2 * count);
             for (int d = 0; d <= reach; ++d) {
                 const int below = ideal + d, above = ideal - d;
-                const int found = below < image.height() && blank[static_cast<std::size_t>(below)] ? below
-                                  : above > 0 && blank[static_cast<std::size_t>(above)]       ? above
-                                                                                                : -1;
+                const int found = below < area.maxY() && blank(below) ? below : above > area.y && blank(above) ? above : -1;
                 if (found < 0) continue;
-                if (found - cuts.back() >= 48 && image.height() - found >= 48) cuts.push_back(found);
+                if (found - cuts.back() >= 48 && area.maxY() - found >= 48) cuts.push_back(found);
                 break;
             }
         }
     }
-    cuts.push_back(image.height());
+    cuts.push_back(area.maxY());
     return cuts;
 }
 
@@ -114,31 +146,31 @@ public:
     const std::string& models() const { return models_; }
     bool ready() const { return ready_; }
 
-    // The lines of `image` in its own unit coordinates; none when the engine fails.
-    std::optional<std::vector<RecognizedLine>> readPage(const ImageBuffer& image) {
-        return read(image, tesseract::PSM_AUTO);
-    }
-    // `image` as one line: its text and confidence.
-    std::optional<RecognizedLine> readLine(const ImageBuffer& image) {
-        const std::optional<std::vector<RecognizedLine>> lines = read(image, tesseract::PSM_SINGLE_LINE);
+    // The lines of `view`, in the whole page's unit coordinates; none when the engine fails.
+    std::optional<std::vector<RecognizedLine>> readPage(const PageView& view) { return read(view, tesseract::PSM_AUTO); }
+    // `view` as one line: its text and confidence.
+    std::optional<RecognizedLine> readLine(const PageView& view) {
+        const std::optional<std::vector<RecognizedLine>> lines = read(view, tesseract::PSM_SINGLE_LINE);
         if (!lines || lines->empty()) return std::nullopt;
         return lines->front();
     }
 
 private:
-    std::optional<std::vector<RecognizedLine>> read(const ImageBuffer& image, tesseract::PageSegMode mode) {
+    std::optional<std::vector<RecognizedLine>> read(const PageView& view, tesseract::PageSegMode mode) {
         // The engine's own OpenMP threads spin against each other and make a
         // page six times slower on two cores: one thread per engine, set on
         // the thread that reads, since the setting belongs to it.
         omp_set_max_active_levels(0);
         api_.SetPageSegMode(mode);
-        api_.SetImage(image.data(), image.width(), image.height(), 4, static_cast<int>(image.stride()));
+        const GreyPage& page = *view.page;
+        api_.SetImage(page.at(view.area.x, view.area.y), view.area.width, view.area.height, 1, page.width);
         if (api_.Recognize(nullptr) != 0) {
             api_.Clear();
             return std::nullopt;
         }
         std::vector<RecognizedLine> lines;
-        const double w = image.width(), h = image.height();
+        const double w = page.width, h = page.height;
+        const int dx = view.area.x, dy = view.area.y;
         std::unique_ptr<tesseract::ResultIterator> it(api_.GetIterator());
         if (it) {
             do {
@@ -148,7 +180,7 @@ private:
                 std::string line = text.get();
                 while (!line.empty() && (line.back() == '\n' || line.back() == ' ')) line.pop_back();
                 const float confidence = std::clamp(it->Confidence(tesseract::RIL_TEXTLINE) / 100.0f, 0.0f, 1.0f);
-                lines.push_back({line, Rect(x1 / w, 1 - y2 / h, (x2 - x1) / w, (y2 - y1) / h), confidence});
+                lines.push_back({line, Rect((x1 + dx) / w, 1 - (y2 + dy) / h, (x2 - x1) / w, (y2 - y1) / h), confidence});
             } while (it->Next(tesseract::RIL_TEXTLINE));
         }
         api_.Clear();
@@ -209,40 +241,32 @@ void TesseractTextRecognizer::giveBack(std::unique_ptr<Engine> engine) {
     idle_.emplace(key, std::move(engine));
 }
 
-std::optional<std::vector<RecognizedLine>> TesseractTextRecognizer::read(const ImageBuffer& source) {
-    if (source.isEmpty()) return std::vector<RecognizedLine>{};
+std::optional<std::vector<RecognizedLine>> TesseractTextRecognizer::read(const ImageBuffer& image) {
+    if (image.isEmpty()) return std::vector<RecognizedLine>{};
     const auto started = std::chrono::steady_clock::now();
     const Models wanted = models();
-    const ImageBuffer image = source.converted(PixelOrder::rgba);
-    const std::vector<int> cuts = bandCuts(image, static_cast<int>(std::max<std::size_t>(pool_.threadCount(), 1)));
+    const GreyPage page(image);
+    const PixelRect content = contentBox(page);
+    if (content.isEmpty()) return std::vector<RecognizedLine>{};
+    const std::vector<int> cuts = bandCuts(page, content, static_cast<int>(std::max<std::size_t>(pool_.threadCount(), 1)));
     const int bands = static_cast<int>(cuts.size()) - 1;
     std::vector<std::optional<std::vector<RecognizedLine>>> read(static_cast<std::size_t>(bands));
     parallelFor(pool_, bands, bands, [&](int begin, int end) {
         for (int b = begin; b < end; ++b) {
             std::unique_ptr<Engine> engine = takeEngine(wanted.first);
             if (!engine) continue;
-            const ImageBuffer band = image.cropped({0, cuts[b], image.width(), cuts[b + 1] - cuts[b]});
-            read[static_cast<std::size_t>(b)] = engine->readPage(band);
+            read[static_cast<std::size_t>(b)] = engine->readPage({&page, {content.x, cuts[b], content.width, cuts[b + 1] - cuts[b]}});
             giveBack(std::move(engine));
         }
     });
-
-    // Back into the page's unit coordinates (origin bottom left).
     std::vector<RecognizedLine> lines;
-    const double h = image.height();
-    for (int b = 0; b < bands; ++b) {
-        if (!read[static_cast<std::size_t>(b)]) {
+    for (std::optional<std::vector<RecognizedLine>>& band : read) {
+        if (!band) {
             logLine("text recognition: the engine failed on a " + std::to_string(image.width()) + "x" + std::to_string(image.height()) +
                     " image");
             return std::nullopt;
         }
-        const double top = cuts[b], height = cuts[b + 1] - cuts[b];
-        for (RecognizedLine line : *read[static_cast<std::size_t>(b)]) {
-            const Rect& box = line.normalizedBox;
-            const double y0 = top + (1 - box.maxY()) * height, y1 = top + (1 - box.minY()) * height;
-            line.normalizedBox = Rect(box.minX(), 1 - y1 / h, box.width(), (y1 - y0) / h);
-            lines.push_back(std::move(line));
-        }
+        std::move(band->begin(), band->end(), std::back_inserter(lines));
     }
 
     // Unsure lines again with every language of the list.
@@ -258,15 +282,15 @@ std::optional<std::vector<RecognizedLine>> TesseractTextRecognizer::read(const I
                         if (!engine) return;
                         for (int k = begin; k < end; ++k) {
                             RecognizedLine& line = lines[unsure[static_cast<std::size_t>(k)]];
-                            const Rect& box = line.normalizedBox;
-                            const int pad = std::max(2, static_cast<int>(box.height() * h * 0.15));
-                            const PixelRect crop = PixelRect{static_cast<int>(box.minX() * image.width()) - pad,
-                                                             static_cast<int>((1 - box.maxY()) * h) - pad,
-                                                             static_cast<int>(box.width() * image.width()) + 2 * pad,
-                                                             static_cast<int>(box.height() * h) + 2 * pad}
-                                                       .intersection({0, 0, image.width(), image.height()});
+                            const Rect box = TextBlockGrouping::pixelBox(line.normalizedBox, {static_cast<double>(page.width),
+                                                                                              static_cast<double>(page.height)});
+                            // A line read alone wants ground around it, half its height.
+                            const int pad = std::max(8, static_cast<int>(box.height() / 2));
+                            const PixelRect crop = PixelRect{static_cast<int>(box.minX()) - pad, static_cast<int>(box.minY()) - pad,
+                                                             static_cast<int>(box.width()) + 2 * pad, static_cast<int>(box.height()) + 2 * pad}
+                                                       .intersection({0, 0, page.width, page.height});
                             if (crop.isEmpty()) continue;
-                            const std::optional<RecognizedLine> again = engine->readLine(image.cropped(crop));
+                            const std::optional<RecognizedLine> again = engine->readLine({&page, crop});
                             if (again && again->confidence > line.confidence) {
                                 line.text = again->text;
                                 line.confidence = again->confidence;

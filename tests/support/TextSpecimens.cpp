@@ -90,13 +90,14 @@ std::vector<Section> document() {
     };
 }
 
-std::vector<Section> screenful(QSize size, int pixelSize) {
+std::vector<Section> screenful(QSize size, int pixelSize, int columnWidth) {
     std::vector<Section> sections;
     const QFontMetrics metrics(face("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf", pixelSize));
+    const int column = columnWidth > 0 ? columnWidth : size.width() - 80;
     int used = 40;
     for (std::size_t i = 0;; ++i) {
         const std::string text = prose[i % std::size(prose)];
-        const int height = static_cast<int>(wrapped(text, metrics, size.width() - 80).size()) * metrics.lineSpacing() + pixelSize;
+        const int height = static_cast<int>(wrapped(text, metrics, column).size()) * metrics.lineSpacing() + pixelSize;
         if (used + height > size.height() - 40) break;
         used += height;
         sections.push_back({Kind::paragraph, {text}});
@@ -104,7 +105,7 @@ std::vector<Section> screenful(QSize size, int pixelSize) {
     return sections;
 }
 
-QImage render(const std::vector<Section>& sections, QSize size, int pixelSize) {
+QImage render(const std::vector<Section>& sections, QSize size, int pixelSize, int columnWidth) {
     if (!QGuiApplication::instance()) return {};
     const QFont sans = face("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf", pixelSize);
     const QFont mono = face("/usr/share/fonts/truetype/dejavu/DejaVuSansMono.ttf", pixelSize);
@@ -119,7 +120,8 @@ QImage render(const std::vector<Section>& sections, QSize size, int pixelSize) {
         const QFontMetrics metrics(painter.font());
         std::vector<std::vector<QString>> rows;
         if (section.kind == Kind::paragraph)
-            for (const QString& line : wrapped(section.lines.front(), metrics, size.width() - 2 * margin)) rows.push_back({line});
+            for (const QString& line : wrapped(section.lines.front(), metrics, columnWidth > 0 ? columnWidth : size.width() - 2 * margin))
+                rows.push_back({line});
         for (const std::string& line : section.kind == Kind::paragraph ? std::vector<std::string>{} : section.lines) {
             std::vector<QString> row;
             for (const std::string& cell : section.kind == Kind::table ? cells(line) : std::vector<std::string>{line}) row.push_back(QString::fromStdString(cell));

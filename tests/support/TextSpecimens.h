@@ -23,11 +23,13 @@ struct Section {
 
 // A paragraph, a code block and a small table.
 std::vector<Section> document();
-// Paragraphs enough to fill a page of `size` at `pixelSize`.
-std::vector<Section> screenful(QSize size, int pixelSize);
+// Paragraphs enough to fill a page of `size` at `pixelSize`, set in a column
+// `columnWidth` wide (the page's width less its margins when 0).
+std::vector<Section> screenful(QSize size, int pixelSize, int columnWidth = 0);
 // The sections drawn dark on white: DejaVu Sans for prose and tables,
-// DejaVu Sans Mono for code, at `pixelSize`, one pixel per point.
-QImage render(const std::vector<Section>& sections, QSize size, int pixelSize);
+// DejaVu Sans Mono for code, at `pixelSize`, one pixel per point, in a
+// column `columnWidth` wide from the left margin (the page less its margins when 0).
+QImage render(const std::vector<Section>& sections, QSize size, int pixelSize, int columnWidth = 0);
 // The words of the sections in reading order, a table row by row.
 std::string truth(const std::vector<Section>& sections);
 
