@@ -513,6 +513,7 @@ void QtRegionOverlay::keyReleaseEvent(QKeyEvent* event) {
 }
 
 void QtRegionOverlay::cancel() {
+    cancelled_ = true;
     if (model_.mode() == ScreenshotOverlayMode::captureText) {
         if (callbacks_.onTextCaptured) callbacks_.onTextCaptured(std::nullopt);
         return;
@@ -647,7 +648,7 @@ void QtRegionOverlay::captureTextAndFinish(ImageBuffer image, double scale) {
     runDetached([overlay, read = readText, image = std::move(image), scale] {
         std::optional<std::string> text = read(image, scale);
         QMetaObject::invokeMethod(qApp, [overlay, text = std::move(text)] {
-            if (!overlay) return; // the session ended meanwhile
+            if (!overlay || overlay->cancelled_) return; // the session ended meanwhile: nothing reaches the clipboard
             const std::string found = text.value_or("");
             logLine("text capture: " + std::to_string(UnicodeText::graphemeCount(found)) + " character(s)");
             if (!found.empty() && overlay->onCopyText) overlay->onCopyText(found);

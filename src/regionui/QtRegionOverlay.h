@@ -149,6 +149,7 @@ private:
     std::set<std::int64_t> wokenPIDs_;
     std::unique_ptr<RegionAnnotatingPhase> annotating_;
     bool textCaptureInFlight_ = false;
+    bool cancelled_ = false;
 };
 
 } // namespace tosvar

@@ -196,3 +196,59 @@ TEST_F(OverlayTest, AClickedWindowComesFromItsOwnPixelsWithoutItsTransparentMarg
 
 } // namespace
 } // namespace tosvar
+
+namespace tosvar {
+namespace {
+
+// Text capture reads off the main thread: the text reaches the clipboard and
+// the session once; Escape while it reads keeps the clipboard as it was.
+TEST(TextCaptureOverlay, TheTextReachesTheClipboardOnceAndNotAfterEscape) {
+    testApplication<QApplication>();
+    for (const bool escape : {false, true}) {
+        const CapturedDisplay display = greyDisplay();
+        std::vector<std::optional<std::string>> captured;
+        RegionOverlayCallbacks callbacks;
+        callbacks.onTextCaptured = [&](const std::optional<std::string>& text) { captured.push_back(text); };
+        QtRegionOverlay overlay(display.screen, display.screen.frame, display, ScreenshotOverlayMode::captureText, callbacks, {});
+        std::vector<std::function<void()>> detached;
+        std::vector<std::string> copied;
+        int reads = 0;
+        overlay.runDetached = [&](std::function<void()> work) { detached.push_back(std::move(work)); };
+        overlay.readText = [&](const ImageBuffer& image, double) -> std::optional<std::string> {
+            ++reads;
+            return std::to_string(image.width()) + " wide";
+        };
+        overlay.onCopyText = [&](const std::string& text) { copied.push_back(text); };
+        overlay.show();
+        QApplication::processEvents();
+
+        for (QPointF at : {QPointF(10, 10), QPointF(110, 60)}) {
+            QMouseEvent move(at == QPointF(10, 10) ? QEvent::MouseButtonPress : QEvent::MouseMove, at, overlay.mapToGlobal(at),
+                             Qt::LeftButton, Qt::LeftButton, {});
+            QApplication::sendEvent(&overlay, &move);
+        }
+        QMouseEvent release(QEvent::MouseButtonRelease, QPointF(110, 60), overlay.mapToGlobal(QPointF(110, 60)), Qt::LeftButton,
+                            Qt::NoButton, {});
+        QApplication::sendEvent(&overlay, &release);
+        QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, {});
+        QApplication::sendEvent(&overlay, &enter);
+        ASSERT_EQ(detached.size(), 1u) << "one reading at a time";
+        if (escape) {
+            QKeyEvent escapeKey(QEvent::KeyPress, Qt::Key_Escape, {});
+            QApplication::sendEvent(&overlay, &escapeKey);
+        }
+        detached.front()();
+        QApplication::processEvents();
+        EXPECT_EQ(reads, 1);
+        if (escape) {
+            EXPECT_TRUE(copied.empty()) << "the text came after Escape";
+            EXPECT_EQ(captured, (std::vector<std::optional<std::string>>{std::nullopt}));
+        } else {
+            EXPECT_EQ(copied, (std::vector<std::string>{"100 wide"}));
+            EXPECT_EQ(captured, (std::vector<std::optional<std::string>>{"100 wide"}));
+        }
+    }
+}
+
+} // namespace
+} // namespace tosvar
