@@ -21,7 +21,7 @@ packages=(
   # movies and sound: FFmpeg (H.264 by libx264, AAC), PulseAudio
   libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev libpulse-dev
   # tests and benchmarks
-  googletest libgtest-dev libgmock-dev libbenchmark-dev
+  googletest libgtest-dev libgmock-dev libbenchmark-dev ffmpeg
   # running and driving the application headless
   pulseaudio pulseaudio-utils
   xvfb xauth trayer xdotool xclip x11-utils x11-xserver-utils dbus dbus-x11 fonts-dejavu-core

@@ -1,0 +1,138 @@
+#include "GIFExporter.h"
+
+#include "MedianCut.h"
+#include "ParallelFor.h"
+#include "WorkerPool.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace tosvar::GIFExporter {
+
+namespace {
+
+constexpr int samplesPerFrame = 12000;
+
+std::vector<std::uint32_t> withTransparentSlot(std::vector<std::uint32_t> palette) {
+    palette.push_back(0);
+    return palette;
+}
+
+// Whether pixel x of two rows of the same byte order is the same.
+bool samePixel(const std::uint8_t* a, const std::uint8_t* b, int x) { return std::memcmp(a + 4 * x, b + 4 * x, 4) == 0; }
+
+} // namespace
+
+std::vector<std::size_t> keptIndices(const std::vector<double>& times, int fps) {
+    std::vector<std::size_t> kept;
+    if (times.empty() || fps <= 0) return kept;
+    double next = times.front() - 0.001;
+    for (std::size_t i = 0; i < times.size(); ++i) {
+        if (times[i] < next) continue;
+        kept.push_back(i);
+        next = times[i] + 1.0 / fps - 0.001;
+    }
+    return kept;
+}
+
+std::vector<double> frameDelays(const std::vector<double>& kept, double fallback) {
+    std::vector<double> delays;
+    for (std::size_t i = 0; i < kept.size(); ++i)
+        delays.push_back(std::clamp(i + 1 < kept.size() ? kept[i + 1] - kept[i] : fallback, 0.02, 10.0));
+    return delays;
+}
+
+std::vector<std::size_t> paletteSamplePositions(std::size_t count) {
+    if (count == 0) return {};
+    const std::size_t n = std::min<std::size_t>(5, count);
+    if (n == 1) return {0};
+    std::vector<std::size_t> positions;
+    for (std::size_t i = 0; i < n; ++i) positions.push_back(i * (count - 1) / (n - 1));
+    return positions;
+}
+
+GIFColorQuantizer quantizer(const std::vector<ImageBuffer>& sampleFrames) {
+    std::vector<std::uint32_t> samples;
+    for (const ImageBuffer& frame : sampleFrames) {
+        const std::vector<std::uint32_t> some = GIFColorQuantizer::samplePixels(frame, samplesPerFrame);
+        samples.insert(samples.end(), some.begin(), some.end());
+    }
+    return GIFColorQuantizer(MedianCut::palette(samples, 255));
+}
+
+AnimationEncoder::AnimationEncoder(const GIFColorQuantizer& quantizer, int width, int height, WorkerPool& pool)
+    : quantizer_(quantizer),
+      width_(width),
+      height_(height),
+      pool_(pool),
+      writer_(width, height, withTransparentSlot(quantizer.palette())),
+      transparentIndex_(static_cast<std::uint8_t>(std::min<std::size_t>(quantizer.palette().size(), 255))) {}
+
+void AnimationEncoder::add(ImageBuffer frame, double delaySeconds) {
+    batch_.emplace_back(frame.converted(PixelOrder::rgba), delaySeconds);
+    if (batch_.size() >= 2 * std::max<std::size_t>(pool_.threadCount(), 1)) flushBatch();
+}
+
+void AnimationEncoder::flushBatch() {
+    std::vector<std::vector<std::uint8_t>> dithered(batch_.size());
+    parallelFor(pool_, static_cast<int>(batch_.size()), static_cast<int>(batch_.size()), [&](int begin, int end) {
+        for (int i = begin; i < end; ++i) dithered[static_cast<std::size_t>(i)] = quantizer_.indices(batch_[static_cast<std::size_t>(i)].first);
+    });
+    for (std::size_t f = 0; f < batch_.size(); ++f) {
+        const ImageBuffer& frame = batch_[f].first;
+        const double delay = batch_[f].second;
+        std::vector<std::uint8_t>& indices = dithered[f];
+        if (previous_.isEmpty()) {
+            writePending();
+            pending_ = Pending{{0, 0, width_, height_}, std::move(indices), false, delay};
+            previous_ = frame;
+            continue;
+        }
+        // The rectangle of pixels that changed.
+        int top = height_, bottom = -1, left = width_, right = -1;
+        for (int y = 0; y < height_; ++y) {
+            const std::uint8_t* now = frame.row(y);
+            const std::uint8_t* before = previous_.row(y);
+            if (std::memcmp(now, before, 4 * static_cast<std::size_t>(width_)) == 0) continue;
+            top = std::min(top, y);
+            bottom = y;
+            int x0 = 0, x1 = width_ - 1;
+            while (samePixel(now, before, x0)) ++x0;
+            while (samePixel(now, before, x1)) --x1;
+            left = std::min(left, x0);
+            right = std::max(right, x1);
+        }
+        if (bottom < 0) {
+            if (pending_) pending_->delay += delay;
+            continue;
+        }
+        const PixelRect area{left, top, right - left + 1, bottom - top + 1};
+        std::vector<std::uint8_t> changed(static_cast<std::size_t>(area.width) * area.height);
+        for (int y = 0; y < area.height; ++y) {
+            const std::uint8_t* now = frame.row(area.y + y);
+            const std::uint8_t* before = previous_.row(area.y + y);
+            const std::uint8_t* source = &indices[static_cast<std::size_t>(area.y + y) * width_ + area.x];
+            std::uint8_t* target = &changed[static_cast<std::size_t>(y) * area.width];
+            for (int x = 0; x < area.width; ++x) target[x] = samePixel(now, before, area.x + x) ? transparentIndex_ : source[x];
+        }
+        writePending();
+        pending_ = Pending{area, std::move(changed), true, delay};
+        previous_ = frame;
+    }
+    batch_.clear();
+}
+
+void AnimationEncoder::writePending() {
+    if (!pending_) return;
+    writer_.add({pending_->area, pending_->indices.data(),
+                 pending_->transparent ? std::optional<std::uint8_t>(transparentIndex_) : std::nullopt, pending_->delay});
+    pending_.reset();
+}
+
+std::vector<std::uint8_t> AnimationEncoder::finish() {
+    flushBatch();
+    writePending();
+    return writer_.finish();
+}
+
+} // namespace tosvar::GIFExporter

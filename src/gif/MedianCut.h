@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace tosvar::MedianCut {
+
+// A palette of at most `maxColors` colours (0x00RRGGBB) for the samples:
+// the distinct colours themselves when there are few enough, else the means
+// of boxes split at the median of their widest channel, largest box first,
+// so frequent colours get more entries. Sorted ascending.
+std::vector<std::uint32_t> palette(const std::vector<std::uint32_t>& samples, int maxColors);
+
+} // namespace tosvar::MedianCut
