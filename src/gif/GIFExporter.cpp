@@ -6,12 +6,15 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 namespace tosvar::GIFExporter {
 
 namespace {
 
-constexpr int samplesPerFrame = 12000;
+// Every pixel of the sampled frames: the median cut works on a histogram, so
+// the rare colours of text edges and shadows still count.
+constexpr int samplesPerFrame = std::numeric_limits<int>::max();
 
 std::vector<std::uint32_t> withTransparentSlot(std::vector<std::uint32_t> palette) {
     palette.push_back(0);
@@ -84,6 +87,7 @@ void AnimationEncoder::flushBatch() {
         std::vector<std::uint8_t>& indices = dithered[f];
         if (previous_.isEmpty()) {
             writePending();
+            displayed_ = indices;
             pending_ = Pending{{0, 0, width_, height_}, std::move(indices), false, delay};
             previous_ = frame;
             continue;
@@ -113,11 +117,37 @@ void AnimationEncoder::flushBatch() {
             const std::uint8_t* before = previous_.row(area.y + y);
             const std::uint8_t* source = &indices[static_cast<std::size_t>(area.y + y) * width_ + area.x];
             std::uint8_t* target = &changed[static_cast<std::size_t>(y) * area.width];
-            for (int x = 0; x < area.width; ++x) target[x] = samePixel(now, before, area.x + x) ? transparentIndex_ : source[x];
+            std::uint8_t* shown = &displayed_[static_cast<std::size_t>(area.y + y) * width_ + area.x];
+            // A pixel that shows what it should already is left as it is too.
+            for (int x = 0; x < area.width; ++x) {
+                if (samePixel(now, before, area.x + x) || shown[x] == source[x]) {
+                    target[x] = transparentIndex_;
+                } else {
+                    target[x] = source[x];
+                    shown[x] = source[x];
+                }
+            }
         }
-        writePending();
-        pending_ = Pending{area, std::move(changed), true, delay};
         previous_ = frame;
+        // Only the part that shows something new is stored; none lengthens the frame before.
+        int top2 = area.height, bottom2 = -1, left2 = area.width, right2 = -1;
+        for (int y = 0; y < area.height; ++y)
+            for (int x = 0; x < area.width; ++x)
+                if (changed[static_cast<std::size_t>(y) * area.width + x] != transparentIndex_) {
+                    top2 = std::min(top2, y), bottom2 = y;
+                    left2 = std::min(left2, x), right2 = std::max(right2, x);
+                }
+        if (bottom2 < 0) {
+            if (pending_) pending_->delay += delay;
+            continue;
+        }
+        const PixelRect shownArea{area.x + left2, area.y + top2, right2 - left2 + 1, bottom2 - top2 + 1};
+        std::vector<std::uint8_t> stored(static_cast<std::size_t>(shownArea.width) * shownArea.height);
+        for (int y = 0; y < shownArea.height; ++y)
+            std::copy_n(&changed[static_cast<std::size_t>(top2 + y) * area.width + left2], shownArea.width,
+                        &stored[static_cast<std::size_t>(y) * shownArea.width]);
+        writePending();
+        pending_ = Pending{shownArea, std::move(stored), true, delay};
     }
     batch_.clear();
 }

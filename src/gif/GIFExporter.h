@@ -59,6 +59,7 @@ private:
     std::uint8_t transparentIndex_;
     std::vector<std::pair<ImageBuffer, double>> batch_;
     ImageBuffer previous_;
+    std::vector<std::uint8_t> displayed_; // the index each pixel shows after the frames written
     std::optional<Pending> pending_;
 };
 

@@ -82,10 +82,15 @@ TEST(MedianCut, FewColoursStayExactAndManySplitAtTheMedianOfTheWidestChannel) {
     EXPECT_EQ(two[1] >> 16, 0xF0u) << "the reds";
 }
 
-TEST(GIFColorQuantizer, PicksTheNearestEntryOnceAndDiffusesTheError) {
+TEST(GIFColorQuantizer, PicksTheExactlyNearestEntryAndDiffusesTheError) {
     const GIFColorQuantizer quantizer({0x000000, 0xFFFFFF, 0xFF0000});
-    EXPECT_EQ(quantizer.nearest(0x7C00), 2) << "pure red";
-    EXPECT_EQ(quantizer.nearest(0), 0);
+    EXPECT_EQ(quantizer.nearest(255, 0, 0), 2) << "pure red";
+    EXPECT_EQ(quantizer.nearest(0, 0, 0), 0);
+    // Exactly nearest, not the nearest to the centre of the colour's 5-bit cell.
+    const GIFColorQuantizer close({0x000000, 0x070707});
+    EXPECT_EQ(close.nearest(3, 3, 3), 0);
+    EXPECT_EQ(close.nearest(4, 4, 4), 1);
+    EXPECT_EQ(GIFColorQuantizer({0x101010, 0x101010}).nearest(16, 16, 16), 0) << "the lower index wins a tie";
     EXPECT_EQ(quantizer.indices(flat(4, 3, 0xFF0000)), std::vector<std::uint8_t>(12, 2)) << "a palette colour dithers to itself";
     // Mid grey between black and white comes out as a mix of both.
     const std::vector<std::uint8_t> grey = quantizer.indices(flat(20, 20, 0x808080));
