@@ -1,5 +1,6 @@
 #include "GIFExporter.h"
 
+#include "AtomicFile.h"
 #include "MedianCut.h"
 #include "ParallelFor.h"
 #include "WorkerPool.h"
@@ -163,6 +164,46 @@ std::vector<std::uint8_t> AnimationEncoder::finish() {
     flushBatch();
     writePending();
     return writer_.finish();
+}
+
+std::optional<Error> exportMovie(MovieFileProcessing& movies, const std::filesystem::path& movie, const std::filesystem::path& destination,
+                                 const Settings& settings, WorkerPool& pool, const std::function<void(double)>& progress) {
+    const auto unreadable = [](const std::string& why) { return Error{std::string(unreadableMovie) + ": " + why}; };
+    Expected<std::vector<double>> times = movies.videoFrameTimes(movie);
+    if (!times) return unreadable(times.error().message);
+    const std::vector<std::size_t> kept = keptIndices(*times, settings.fps);
+    if (kept.empty()) return unreadable("it holds no picture");
+    std::vector<double> keptTimes;
+    for (std::size_t i : kept) keptTimes.push_back((*times)[i]);
+    const std::vector<double> delays = frameDelays(keptTimes, 1.0 / std::max(settings.fps, 1));
+
+    std::vector<std::size_t> sampled;
+    for (std::size_t position : paletteSamplePositions(kept.size())) sampled.push_back(kept[position]);
+    std::vector<ImageBuffer> samples;
+    if (std::optional<Error> error = movies.readVideoFrames(movie, sampled, settings.maxWidthPixels,
+                                                            [&](std::size_t, ImageBuffer frame) { samples.push_back(std::move(frame)); }))
+        return unreadable(error->message);
+    if (samples.empty()) return unreadable("no picture could be decoded");
+    const GIFColorQuantizer palette = quantizer(samples);
+
+    std::optional<AnimationEncoder> encoder;
+    std::size_t written = 0;
+    bool mismatched = false;
+    const std::optional<Error> error = movies.readVideoFrames(movie, kept, settings.maxWidthPixels, [&](std::size_t, ImageBuffer frame) {
+        if (!encoder) encoder.emplace(palette, frame.width(), frame.height(), pool);
+        if (frame.width() != samples.front().width() || frame.height() != samples.front().height()) {
+            mismatched = true;
+            return;
+        }
+        encoder->add(std::move(frame), delays[written]);
+        ++written;
+        if (progress) progress(static_cast<double>(written) / static_cast<double>(kept.size()));
+    });
+    if (error) return unreadable(error->message);
+    if (!encoder || mismatched) return Error{std::string(encodeFailed) + ": the pictures change size"};
+    if (std::optional<Error> failed = AtomicFile::write(destination, encoder->finish()))
+        return Error{std::string(encodeFailed) + ": " + failed->message};
+    return std::nullopt;
 }
 
 } // namespace tosvar::GIFExporter

@@ -3,8 +3,11 @@
 #include "GIFColorQuantizer.h"
 #include "GifWriter.h"
 #include "ImageBuffer.h"
+#include "MovieFileProcessing.h"
 
 #include <cstdint>
+#include <filesystem>
+#include <optional>
 #include <functional>
 #include <vector>
 
@@ -62,6 +65,20 @@ private:
     std::vector<std::uint8_t> displayed_; // the index each pixel shows after the frames written
     std::optional<Pending> pending_;
 };
+
+struct Settings {
+    int fps = 10;
+    int maxWidthPixels = 1280;
+};
+inline constexpr const char* unreadableMovie = "Could not read the recorded movie";
+inline constexpr const char* encodeFailed = "GIF encoding failed";
+
+// Writes the movie as a looping GIF at `destination`: the frames kept at the
+// rate, each showing until the next, no wider than asked, one palette from
+// five of them. `progress` hears the share of frames written. The error
+// says `unreadableMovie` or `encodeFailed`, with the reason behind it.
+std::optional<Error> exportMovie(MovieFileProcessing& movies, const std::filesystem::path& movie, const std::filesystem::path& destination,
+                                 const Settings& settings, WorkerPool& pool, const std::function<void(double)>& progress = {});
 
 } // namespace GIFExporter
 

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "Expected.h"
+#include "ImageBuffer.h"
 #include "MovieEncoding.h"
 
 #include <filesystem>
 #include <functional>
 #include <optional>
 #include <span>
+#include <vector>
 
 namespace tosvar {
 
@@ -35,6 +37,14 @@ public:
     virtual std::optional<Error> readAudio(const std::filesystem::path& movie, int sampleRate, int channels,
                                            double maxSeconds,
                                            const std::function<void(std::span<const float>)>& chunk) = 0;
+    // The presentation times of the first video track's frames, in seconds,
+    // ascending; an error when there is none or the file cannot be read.
+    virtual Expected<std::vector<double>> videoFrameTimes(const std::filesystem::path& movie) = 0;
+    // Decodes the first video track and hands over the frames whose places
+    // in presentation order are in `wanted` (ascending), no wider than
+    // `maxWidth` pixels (never enlarged), in order.
+    virtual std::optional<Error> readVideoFrames(const std::filesystem::path& movie, const std::vector<std::size_t>& wanted,
+                                                 int maxWidth, const std::function<void(std::size_t, ImageBuffer)>& frame) = 0;
 };
 
 } // namespace tosvar

@@ -221,6 +221,11 @@ struct Files final : MovieFileProcessing {
                                    const std::function<void(std::span<const float>)>&) override {
         return Error{"not scripted"};
     }
+    Expected<std::vector<double>> videoFrameTimes(const std::filesystem::path&) override { return Error{"not scripted"}; }
+    std::optional<Error> readVideoFrames(const std::filesystem::path&, const std::vector<std::size_t>&, int,
+                                         const std::function<void(std::size_t, ImageBuffer)>&) override {
+        return Error{"not scripted"};
+    }
 
     static std::string containerName(MovieContainer c) {
         switch (c) {

@@ -268,4 +268,78 @@ std::optional<Error> FfmpegMovieFiles::readAudio(const std::filesystem::path& mo
     return std::nullopt;
 }
 
+Expected<std::vector<double>> FfmpegMovieFiles::videoFrameTimes(const std::filesystem::path& movie) {
+    Expected<InputFile> input = openInput(movie);
+    if (!input) return input.error();
+    const int index = av_find_best_stream(input->get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    if (index < 0) return Error{"no picture in " + movie.string()};
+    const AVRational base = (*input)->streams[index]->time_base;
+    std::vector<double> times;
+    Packet packet(av_packet_alloc());
+    while (av_read_frame(input->get(), packet.get()) >= 0) {
+        if (packet->stream_index == index && packet->pts != AV_NOPTS_VALUE) times.push_back(static_cast<double>(packet->pts) * av_q2d(base));
+        av_packet_unref(packet.get());
+    }
+    std::sort(times.begin(), times.end());
+    return times;
+}
+
+std::optional<Error> FfmpegMovieFiles::readVideoFrames(const std::filesystem::path& movie, const std::vector<std::size_t>& wanted,
+                                                       int maxWidth, const std::function<void(std::size_t, ImageBuffer)>& deliver) {
+    Expected<InputFile> input = openInput(movie);
+    if (!input) return input.error();
+    const int index = av_find_best_stream(input->get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    if (index < 0) return Error{"no picture in " + movie.string()};
+    const AVStream* stream = (*input)->streams[index];
+    const AVCodec* codec = avcodec_find_decoder(stream->codecpar->codec_id);
+    if (!codec) return Error{"no decoder for the picture of " + movie.string()};
+    CodecContext decoder(avcodec_alloc_context3(codec));
+    if (int code = avcodec_parameters_to_context(decoder.get(), stream->codecpar); code < 0) return failure("cannot read a picture track", code);
+    decoder->pkt_timebase = stream->time_base;
+    if (int code = avcodec_open2(decoder.get(), codec, nullptr); code < 0) return failure("cannot open a picture decoder", code);
+
+    std::size_t place = 0, next = 0;
+    struct ScalerFree {
+        void operator()(SwsContext* s) const { sws_freeContext(s); }
+    };
+    std::unique_ptr<SwsContext, ScalerFree> scaler;
+    Frame frame(av_frame_alloc());
+    const auto drain = [&]() -> std::optional<Error> {
+        for (;;) {
+            const int code = avcodec_receive_frame(decoder.get(), frame.get());
+            if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return std::nullopt;
+            if (code < 0) return failure("cannot decode a picture", code);
+            const std::size_t here = place++;
+            if (next >= wanted.size() || wanted[next] != here) continue;
+            ++next;
+            const double factor = std::min(1.0, static_cast<double>(maxWidth) / frame->width);
+            const int width = std::max(1, static_cast<int>(frame->width * factor));
+            const int height = std::max(1, static_cast<int>(frame->height * factor));
+            scaler.reset(sws_getCachedContext(scaler.release(), frame->width, frame->height, static_cast<AVPixelFormat>(frame->format), width,
+                                              height, AV_PIX_FMT_RGBA, SWS_AREA, nullptr, nullptr, nullptr));
+            if (!scaler) return Error{"cannot scale the pictures of " + movie.string()};
+            MutableImage image(width, height, PixelOrder::rgba, PixelMemoryFill::uninitialized);
+            std::uint8_t* planes[1] = {image.row(0)};
+            const int strides[1] = {static_cast<int>(image.stride())};
+            sws_scale(scaler.get(), frame->data, frame->linesize, 0, frame->height, planes, strides);
+            deliver(here, std::move(image).freeze());
+        }
+    };
+    Packet packet(av_packet_alloc());
+    while (next < wanted.size() && av_read_frame(input->get(), packet.get()) >= 0) {
+        std::optional<Error> error;
+        if (packet->stream_index == index) {
+            if (int code = avcodec_send_packet(decoder.get(), packet.get()); code < 0) error = failure("cannot decode a picture", code);
+            else error = drain();
+        }
+        av_packet_unref(packet.get());
+        if (error) return error;
+    }
+    if (next < wanted.size()) {
+        avcodec_send_packet(decoder.get(), nullptr);
+        if (std::optional<Error> error = drain()) return error;
+    }
+    return std::nullopt;
+}
+
 } // namespace tosvar
