@@ -1,0 +1,202 @@
+// A screen recording session on virtual time with a fake screen, sound and
+// encoder: the countdown, start and its failure, pause on the media clock,
+// and delivery of the MP4, of nothing when no frame came, and of the movie
+// when the GIF cannot be made.
+#include "IsolatedEnvironment.h"
+#include "InMemoryDefaultsStore.h"
+#include "LocalFileManager.h"
+#include "RecordingFakes.h"
+#include "ScreenRecorder.h"
+#include "VirtualMainQueue.h"
+#include "WorkerPool.h"
+
+#include <gtest/gtest.h>
+
+namespace tosvar {
+namespace {
+
+using namespace fakes;
+using State = RecordingController::State;
+using std::chrono::milliseconds;
+
+const Rect displayFrame{0, 0, 1280, 800};
+
+class ScreenRecorderTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        screen.content.displays = {{displayFrame, 1}};
+        recorder = std::make_shared<ScreenRecorder>(ScreenRecorderServices{
+            .mainQueue = main,
+            .runDetached = detached.runner(),
+            .makeEngine =
+                [this](const AppSettings& s) {
+                    return CaptureEngine::make({main, detached.runner(), screen, sound, encoders.factory(), environment.root(), 4242},
+                                               static_cast<int>(s.recordingFPS), s.recordingShowsCursor, false, false);
+                },
+            .processing = files,
+            .defaults = defaults,
+            .files = fileManager,
+            .pool = WorkerPool::shared(),
+            .settings = [this] { return settings; },
+            .pickTarget = {},
+            .toast = [this](const std::string& key, const std::vector<std::string>& arguments) {
+                toasts.push_back(key + (arguments.empty() ? "" : " " + arguments.front()));
+            },
+            .beep = [this] { ++beeps; },
+            .now = [] { return std::chrono::system_clock::from_time_t(1772611507); },
+        });
+        recorder->onStateChange = [this] { states.push_back(recorder->state()); };
+        recorder->onCountdown = [this](int remaining) { countdown.push_back(remaining); };
+        recorder->onDeliverFile = [this](const std::filesystem::path& file) { delivered.push_back(file); };
+    }
+    void settle() {
+        do main.runUntilIdle();
+        while (detached.runNext());
+        main.runUntilIdle();
+    }
+    void armWholeDisplay(RecordingFormat format = RecordingFormat::mp4) {
+        recorder->arm({displayFrame, std::nullopt, 2, std::nullopt}, format, false);
+    }
+    void recordFrames(int count) {
+        for (int i = 0; i < count; ++i) screen.stream->deliver(milliseconds(1000 + 33 * i));
+        settle();
+    }
+
+    IsolatedEnvironment environment;
+    VirtualMainQueue main;
+    DetachedTasks detached;
+    Screen screen;
+    Sound sound;
+    Encoders encoders;
+    Files files;
+    InMemoryDefaultsStore defaults;
+    LocalFileManager fileManager;
+    AppSettings settings;
+    std::shared_ptr<ScreenRecorder> recorder;
+    std::vector<State> states;
+    std::vector<int> countdown;
+    std::vector<std::filesystem::path> delivered;
+    std::vector<std::string> toasts;
+    int beeps = 0;
+};
+
+TEST_F(ScreenRecorderTest, CountsDownASecondAtATimeThenRecordsAndTicks) {
+    settings.recordingCountdown = 3;
+    armWholeDisplay();
+    EXPECT_EQ(recorder->state(), State::countingDown);
+    EXPECT_EQ(countdown, std::vector<int>{3});
+    main.advance(2.5);
+    EXPECT_EQ(countdown, (std::vector<int>{3, 2, 1}));
+    EXPECT_EQ(screen.stream, nullptr) << "nothing is captured during the countdown";
+    main.advance(0.5);
+    settle();
+    EXPECT_EQ(countdown, (std::vector<int>{3, 2, 1, 0}));
+    EXPECT_EQ(states, (std::vector<State>{State::countingDown, State::starting, State::recording}));
+    ASSERT_NE(screen.stream, nullptr);
+    EXPECT_EQ(screen.stream->configuration.width, 2560) << "the display at its native scale";
+
+    std::vector<double> ticks;
+    recorder->onTick = [&](double elapsed) { ticks.push_back(elapsed); };
+    main.advance(1.0);
+    EXPECT_EQ(ticks, (std::vector<double>{0.5, 1.0}));
+}
+
+TEST_F(ScreenRecorderTest, NoCountdownStartsAtOnceAndAnAbortedCountdownCapturesNothing) {
+    settings.recordingCountdown = 0;
+    armWholeDisplay();
+    EXPECT_EQ(recorder->state(), State::starting);
+    EXPECT_TRUE(countdown.empty());
+    settle();
+    EXPECT_EQ(recorder->state(), State::recording);
+    recorder->cancelRecording();
+    settle();
+    EXPECT_EQ(recorder->state(), State::idle);
+    EXPECT_TRUE(delivered.empty()) << "a cancelled recording keeps nothing";
+
+    settings.recordingCountdown = 5;
+    states.clear();
+    armWholeDisplay();
+    main.advance(2);
+    recorder->abortCountdown();
+    main.advance(10);
+    settle();
+    EXPECT_EQ(states, (std::vector<State>{State::countingDown, State::idle}));
+    EXPECT_EQ(encoders.movies.size(), 1u) << "no second engine";
+}
+
+TEST_F(ScreenRecorderTest, ScaleOneRecordsPointsAndAFailedStartSaysSo) {
+    settings.recordingCountdown = 0;
+    settings.recordingScale = 1;
+    armWholeDisplay();
+    settle();
+    ASSERT_NE(screen.stream, nullptr);
+    EXPECT_EQ(screen.stream->configuration.width, 1280);
+    recorder->cancelRecording();
+    settle();
+
+    screen.startError = Error{"no screen"};
+    armWholeDisplay();
+    settle();
+    EXPECT_EQ(recorder->state(), State::idle);
+    EXPECT_EQ(toasts, std::vector<std::string>{"record.toast.startFailed"});
+}
+
+TEST_F(ScreenRecorderTest, APausedStretchLeavesTheElapsedTimeStandingStill) {
+    settings.recordingCountdown = 0;
+    armWholeDisplay();
+    settle();
+    main.advance(4);
+    recorder->togglePause();
+    EXPECT_EQ(recorder->state(), State::paused);
+    main.advance(10);
+    EXPECT_DOUBLE_EQ(recorder->currentElapsed(), 4);
+    recorder->togglePause();
+    main.advance(2);
+    EXPECT_DOUBLE_EQ(recorder->currentElapsed(), 6);
+    EXPECT_EQ(recorder->state(), State::recording);
+}
+
+TEST_F(ScreenRecorderTest, StopDeliversAnMP4InTheSaveFolderAndAnnouncesItsLength) {
+    settings.recordingCountdown = 0;
+    armWholeDisplay();
+    settle();
+    recordFrames(30);
+    recorder->stopAndDeliver();
+    EXPECT_EQ(recorder->state(), State::stopping);
+    settle();
+    EXPECT_EQ(recorder->state(), State::idle);
+    ASSERT_EQ(delivered.size(), 1u);
+    EXPECT_EQ(delivered[0].filename(), "Tosvar Recording 2026-03-04 at 08.05.07.mp4");
+    EXPECT_TRUE(std::filesystem::exists(delivered[0]));
+    ASSERT_EQ(toasts.size(), 1u);
+    EXPECT_TRUE(toasts[0].starts_with("record.toast.saved 0:")) << toasts[0];
+    EXPECT_EQ(beeps, 0);
+}
+
+TEST_F(ScreenRecorderTest, AStopBeforeAnyFrameKeepsNothingAndAFailedGIFKeepsTheMovie) {
+    settings.recordingCountdown = 0;
+    armWholeDisplay();
+    settle();
+    recorder->stopAndDeliver();
+    settle();
+    EXPECT_TRUE(delivered.empty());
+    EXPECT_EQ(toasts, std::vector<std::string>{"record.toast.failed"});
+    EXPECT_EQ(beeps, 1);
+    EXPECT_EQ(recorder->state(), State::idle);
+
+    toasts.clear();
+    armWholeDisplay(RecordingFormat::gif);
+    settle();
+    recordFrames(10);
+    Files::touch(encoders.last().settings.url); // the temporary movie, which the fake files cannot read
+    recorder->stopAndDeliver();
+    settle();
+    EXPECT_EQ(toasts, std::vector<std::string>{"record.toast.gifFailed"});
+    ASSERT_EQ(delivered.size(), 1u);
+    EXPECT_EQ(delivered[0].extension(), ".mov") << "the recording is kept as a movie";
+    EXPECT_TRUE(std::filesystem::exists(delivered[0]));
+    EXPECT_EQ(recorder->state(), State::idle);
+}
+
+} // namespace
+} // namespace tosvar
