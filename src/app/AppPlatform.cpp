@@ -94,7 +94,32 @@ AppPlatform::AppPlatform()
                   syncQtWithX11Server();
               },
       })),
-      recording(forwardNotBuilt()),
+      screenStreaming(QtScreenLayout::mainGlobalFrame(), screens.screens().empty() ? 1.0 : screens.screens().front().backingScale,
+                      &windowList),
+      recording(std::make_shared<ScreenRecorder>(ScreenRecorderServices{
+          .mainQueue = mainQueue,
+          .runDetached = [](std::function<void()> work) { WorkerPool::shared().detach(std::move(work)); },
+          .makeEngine =
+              [this](const AppSettings& settings) {
+                  return CaptureEngine::make({mainQueue, [](std::function<void()> work) { WorkerPool::shared().detach(std::move(work)); },
+                                              screenStreaming, sound, openFfmpegMovieEncoder, std::filesystem::temp_directory_path(),
+                                              ::getpid()},
+                                             static_cast<int>(settings.recordingFPS), settings.recordingShowsCursor,
+                                             settings.recordingCaptureSystemAudio, settings.recordingCaptureMic);
+              },
+          .processing = movieFiles,
+          .defaults = SettingsStore::standardDefaults(),
+          .files = files,
+          .pool = WorkerPool::shared(),
+          .settings = [] { return SettingsStore().load(); },
+          // Picking a region to record comes with the region overlay's recording mode.
+          .pickTarget = [notBuilt = forwardNotBuilt()] { notBuilt("picking a region to record"); },
+          .toast =
+              [](const std::string& key, const std::vector<std::string>& arguments) {
+                  ScreenshotToast::show(QString::fromStdString(localize(key, arguments)), ScreenshotToast::captureSeconds);
+              },
+          .beep = [] { QApplication::beep(); },
+      })),
       presentation(forwardNotBuilt()),
       scroll(forwardNotBuilt()),
       translation(forwardNotBuilt()),

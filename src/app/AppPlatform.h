@@ -22,6 +22,7 @@
 #include "QtScreenLayout.h"
 #include "QtWorkspace.h"
 #include "RegionScreenshotSession.h"
+#include "ScreenRecorder.h"
 #include "ScreenRecordingPermission.h"
 #include "ScreenshotDropShadow.h"
 #include "SystemPermissions.h"
@@ -29,6 +30,7 @@
 #include "X11DisplayCapturer.h"
 #include "X11HotkeyGrabber.h"
 #include "X11KeyboardConnection.h"
+#include "X11ScreenStreaming.h"
 #include "X11WindowList.h"
 #include "XdgFileTrash.h"
 
@@ -85,7 +87,8 @@ struct AppPlatform {
     ZXingQRCodeReader qrCodes;
     QtRegionOverlayFactory overlays;
     std::shared_ptr<RegionScreenshotSession> region;
-    UnbuiltRecording recording;
+    X11ScreenStreaming screenStreaming;
+    std::shared_ptr<ScreenRecorder> recording;
     UnbuiltPresentation presentation;
     UnbuiltScrollCapture scroll;
     UnbuiltTranslation translation;

@@ -86,7 +86,7 @@ void TosvarAppDelegate::buildCoordinator() {
         .workspace = p.workspace,
         .deletion = p.deletion,
         .region = *p.region,
-        .recording = p.recording,
+        .recording = *p.recording,
         .audio = *p.audio,
         .audioHUD = p.audioHUD,
         .presentation = p.presentation,
@@ -307,7 +307,8 @@ ActionOutcome TosvarAppDelegate::perform(const CommandLineRequest& request) {
     else if (a == "text") c.captureText();
     else if (a == "translate") c.translateRegion();
     else if (a == "record") c.toggleRecording();
-    else if (a == "record-full") c.recordFullScreen();
+    // A second call stops what the first began, as the hotkey does.
+    else if (a == "record-full") RecordingController::isActive(c.recordingState()) ? c.toggleRecording() : c.recordFullScreen();
     else if (a == "record-audio") c.toggleAudioRecording();
     else if (a == "present") c.togglePresentation();
     else if (a == "pin-clipboard") pinFromClipboard();

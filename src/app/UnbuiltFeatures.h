@@ -4,7 +4,6 @@
 #include "MediaThumbnailer.h"
 #include "PinnedImageManager.h"
 #include "PresentationController.h"
-#include "RecordingController.h"
 #include "RecordingCountdown.h"
 #include "RegionScreenshotController.h"
 #include "RegionTranslationController.h"
@@ -21,20 +20,6 @@ namespace tosvar {
 // with the feature's name); every question about their state answers idle.
 // They go away one by one as the features arrive.
 using NotBuiltNotice = std::function<void(const std::string& feature)>;
-
-class UnbuiltRecording final : public RecordingController {
-public:
-    explicit UnbuiltRecording(NotBuiltNotice notBuilt) : notBuilt_(std::move(notBuilt)) {}
-    State state() const override { return State::idle; }
-    void beginInteractive() override { notBuilt_("screen recording"); }
-    void abortCountdown() override {}
-    void stopAndDeliver() override {}
-    void togglePause() override {}
-    void arm(const RecordingTarget&, RecordingFormat, bool) override { notBuilt_("screen recording"); }
-
-private:
-    NotBuiltNotice notBuilt_;
-};
 
 class UnbuiltPresentation final : public PresentationController {
 public:
