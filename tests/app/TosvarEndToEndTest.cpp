@@ -464,3 +464,82 @@ TEST_F(TosvarEndToEndTest, CaptureTextAndAQRCodeFromTheScreen) {
     }
     EXPECT_TRUE(screenshots(saveFolder()).empty()) << "reading text saves no picture";
 }
+
+namespace {
+
+std::string probe(const fs::path& movie, const std::string& entries) {
+    return run("ffprobe -v error -select_streams v:0 -show_entries stream=" + entries + " -of default=noprint_wrappers=1:nokey=1 '" +
+               movie.string() + "'")
+        .output;
+}
+
+std::vector<fs::path> recordings(const fs::path& folder, const std::string& extension) {
+    std::vector<fs::path> found;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(folder, error))
+        if (entry.path().filename().string().starts_with("Tosvar Recording ") && entry.path().extension() == extension) found.push_back(entry.path());
+    return found;
+}
+
+} // namespace
+
+// Recording the whole screen from the command line: a first `record-full`
+// starts at once (no countdown set), a second stops; while it runs a window
+// moves. The MP4 has the screen's size, 30 frames a second, lasts as long as
+// the recording ran, and its last frame is the screen as it stood. The same
+// with the GIF format gives a GIF of the screen's size.
+TEST_F(TosvarEndToEndTest, RecordTheWholeScreenToAnMP4AndAGIFWithTwoCalls) {
+    ChildProcess manager({"openbox"});
+    ASSERT_TRUE(manager.started());
+    for (const std::string format : {"mp4", "gif"}) {
+        std::ofstream(environment.root() / "config/tosvar/defaults.json")
+            << R"({"tosvar.onboardingCompleted": true, "recordingCountdown": 0, "recording.format": ")" << format << R"("})";
+        ChildProcess application({TOSVAR_EXECUTABLE});
+        ASSERT_TRUE(application.started());
+        const fs::path log = stateFolder() / "launch.log";
+        ASSERT_TRUE(waitFor([&] { return occurrences(readFile(log), "QApplication.exec") > 0; }));
+        SpecimenWindow moving({"qr", "moving", "100", "100"});
+        ASSERT_TRUE(moving.shown());
+
+        ASSERT_EQ(runTosvar("record-full").exitCode, 0);
+        ASSERT_TRUE(waitFor([&] { return occurrences(readFile(log), "recording capture:") > 0; })) << readFile(log);
+        const auto started = std::chrono::steady_clock::now();
+        for (int step = 0; step < 25; ++step) {
+            run("xdotool search --name '^Text specimen$' windowmove " + std::to_string(100 + step * 20) + " " + std::to_string(100 + step * 10));
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+        const double ran = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+        ASSERT_EQ(runTosvar("record-full").exitCode, 0);
+        ASSERT_TRUE(waitFor([&] { return recordings(saveFolder(), "." + format).size() == 1; }, 30000)) << readFile(log);
+        const fs::path file = recordings(saveFolder(), "." + format).front();
+        const std::string size = std::to_string(XvfbServer::shared().width()) + "\n" + std::to_string(XvfbServer::shared().height()) + "\n";
+        EXPECT_EQ(probe(file, "width,height"), size) << format;
+        if (format == "gif") {
+            EXPECT_GE(std::stoi(probe(file, "nb_frames")), 10) << "the window's steps";
+            runTosvar("quit");
+            continue;
+        }
+        EXPECT_EQ(probe(file, "r_frame_rate"), "30/1\n");
+        const double duration = std::stod(probe(file, "duration"));
+        EXPECT_NEAR(duration, ran, 0.3);
+
+        // The last frame against the screen, which has not moved since.
+        const fs::path last = environment.root() / "last.png";
+        ASSERT_EQ(run("ffmpeg -v error -y -sseof -0.2 -i '" + file.string() + "' -update 1 -frames:v 1 '" + last.string() + "'").exitCode, 0);
+        const Expected<ImageBuffer> frame = PngDecoder::decodeFile(last);
+        ASSERT_TRUE(frame) << frame.error().message;
+        const std::optional<ImageBuffer> screen = screenNow({0, 0, static_cast<double>(XvfbServer::shared().width()),
+                                                            static_cast<double>(XvfbServer::shared().height())});
+        ASSERT_TRUE(screen);
+        double squared = 0;
+        for (int y = 0; y < frame->height(); ++y)
+            for (int x = 0; x < frame->width(); ++x) {
+                const Rgba8 a = frame->pixel(x, y), b = screen->pixel(x, y);
+                squared += (a.r - b.r) * (a.r - b.r) + (a.g - b.g) * (a.g - b.g) + (a.b - b.b) * (a.b - b.b);
+            }
+        const double psnr = 10 * std::log10(255.0 * 255.0 * 3 * frame->width() * frame->height() / std::max(squared, 1.0));
+        EXPECT_GT(psnr, 30) << "the movie shows the screen";
+        runTosvar("quit");
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    }
+}
