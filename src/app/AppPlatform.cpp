@@ -112,8 +112,9 @@ AppPlatform::AppPlatform()
           .files = files,
           .pool = WorkerPool::shared(),
           .settings = [] { return SettingsStore().load(); },
-          // Picking a region to record comes with the region overlay's recording mode.
-          .pickTarget = [notBuilt = forwardNotBuilt()] { notBuilt("picking a region to record"); },
+          // The region session in recording mode; what it picks is armed as a
+          // screenshot session switched to recording would be.
+          .pickTarget = [this] { region->pickRecordingRegion(region->onRecordingRequested); },
           .toast =
               [](const std::string& key, const std::vector<std::string>& arguments) {
                   ScreenshotToast::show(QString::fromStdString(localize(key, arguments)), ScreenshotToast::captureSeconds);

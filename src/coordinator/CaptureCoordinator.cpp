@@ -37,6 +37,11 @@ void CaptureCoordinator::start() {
                 if (auto self = weak.lock()) self->beginScrollSession(rect, windowID);
             });
         });
+    s_.region.onRecordingRequested = with([weak](CaptureCoordinator& c, const Rect& rect, std::optional<std::uint32_t> windowID) {
+        c.s_.mainQueue.async([weak, rect, windowID] {
+            if (auto self = weak.lock()) self->recordPicked(rect, windowID);
+        });
+    });
     s_.region.onTranslationCardRequested =
         with([](CaptureCoordinator& c, const Bytes& png, const Rect& rect) { c.showTranslationCard(png, rect); });
     s_.region.onAudioRecordRequested = with([](CaptureCoordinator& c) { c.toggleAudioRecording(); });
@@ -314,6 +319,17 @@ void CaptureCoordinator::toggleRecordingPause() {
     if (RecordingController::isActive(s_.recording.state())) s_.recording.togglePause();
 }
 
+RecordingFormat CaptureCoordinator::preferredRecordingFormat() const {
+    return s_.defaults.string("recording.format") == "gif" ? RecordingFormat::gif : RecordingFormat::mp4;
+}
+
+void CaptureCoordinator::recordPicked(const Rect& rect, std::optional<std::uint32_t> windowID) {
+    if (s_.recording.state() != RecordingController::State::idle) return;
+    const std::optional<RecordingTarget> target = RecordingTarget::picked(rect, windowID, s_.screens.screens());
+    if (!target) return s_.workspace.beep();
+    s_.recording.arm(*target, preferredRecordingFormat(), s_.defaults.boolean("recording.pinAfterGIF").value_or(false));
+}
+
 void CaptureCoordinator::recordFullScreen() {
     if (s_.recording.state() != RecordingController::State::idle) return;
     if (!s_.screenCapturePermission.isGranted()) {
@@ -326,9 +342,7 @@ void CaptureCoordinator::recordFullScreen() {
         s_.workspace.beep();
         return;
     }
-    const RecordingFormat format =
-        s_.defaults.string("recording.format") == "gif" ? RecordingFormat::gif : RecordingFormat::mp4;
-    s_.recording.arm({screen->frame, std::nullopt, screen->backingScale, std::nullopt}, format,
+    s_.recording.arm({screen->frame, std::nullopt, screen->backingScale, std::nullopt}, preferredRecordingFormat(),
                      s_.defaults.boolean("recording.pinAfterGIF").value_or(false));
 }
 

@@ -148,6 +148,9 @@ private:
     StickerID showSticker(const PinnedContentPayload& payload, const std::optional<Rect>& frame, bool mayBecomeKey);
     void pinAnnotatedImage(const Bytes& png, const std::optional<Rect>& frame);
     void pinRecordedCapture(const std::filesystem::path& file, const std::optional<Rect>& frame);
+    // Arms a recording of a region or window a session picked.
+    void recordPicked(const Rect& rect, std::optional<std::uint32_t> windowID);
+    RecordingFormat preferredRecordingFormat() const;
     std::optional<CaptureCardItem> makeCardItem(const CaptureDelivery& delivery, std::function<void()> dismiss);
     void toast(std::string_view key) const { if (s_.toast) s_.toast(key, toastSeconds); }
 

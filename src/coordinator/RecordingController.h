@@ -1,11 +1,13 @@
 #pragma once
 
 #include "Rect.h"
+#include "ScreenLayout.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <vector>
 
 namespace tosvar {
 
@@ -18,6 +20,12 @@ struct RecordingTarget {
     std::optional<Rect> sourceRect; // display points, top-left origin; none: the whole display
     double scale = 1;               // movie pixels per point
     std::optional<std::uint32_t> windowID;
+
+    // A region or window picked on the screen (points, y up) on the display
+    // that holds its middle, else the first it meets; none off every display.
+    static std::optional<RecordingTarget> picked(const Rect& screenRect, std::optional<std::uint32_t> windowID,
+                                                 const std::vector<ScreenInfo>& screens);
+    friend bool operator==(const RecordingTarget&, const RecordingTarget&) = default;
 };
 
 // Screen recording: arming, countdown, pause and delivery.

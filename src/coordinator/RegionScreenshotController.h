@@ -29,9 +29,13 @@ public:
     virtual void captureText(std::function<void(const std::optional<std::string>& text)> onText) = 0;
     virtual void translateRegion(std::function<void(const Bytes& png, const Rect& rect)> onImage) = 0;
     virtual void pickScrollRegion(std::function<void(const Rect& rect, std::optional<std::uint32_t> windowID)> onPicked) = 0;
+    // A region or window to record, in screen points; nothing when the session ends without one.
+    virtual void pickRecordingRegion(std::function<void(const Rect& rect, std::optional<std::uint32_t> windowID)> onPicked) = 0;
 
     std::function<void(const RegionAnnotationOutcome&)> onAnnotationResult;
     std::function<void(const Rect& rect, std::optional<std::uint32_t> windowID)> onScrollCaptureRequested;
+    // A screenshot session switched to recording mode picked this.
+    std::function<void(const Rect& rect, std::optional<std::uint32_t> windowID)> onRecordingRequested;
     std::function<void(const Bytes& png, const Rect& rect)> onTranslationCardRequested;
     std::function<void()> onAudioRecordRequested;
     std::function<void()> onPresentationRequested;

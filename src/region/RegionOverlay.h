@@ -17,6 +17,7 @@ struct RegionOverlayCallbacks {
     std::function<void(const RegionAnnotationOutcome&)> onFinish;
     std::function<void(const std::optional<std::string>& text)> onTextCaptured;
     std::function<void(const Rect& rect, std::optional<std::uint32_t> windowID)> onScrollRegion;
+    std::function<void(const Rect& rect, std::optional<std::uint32_t> windowID)> onRecordRegion;
     std::function<void(const Bytes& png, const Rect& rect)> onRegionTranslate;
     std::function<void()> onSwitchToAudio;
     std::function<void()> onSwitchToPresentation;

@@ -50,6 +50,12 @@ void RegionScreenshotSession::pickScrollRegion(std::function<void(const Rect& re
     begin(ScreenshotOverlayMode::scrollCapture, std::move(callbacks));
 }
 
+void RegionScreenshotSession::pickRecordingRegion(std::function<void(const Rect& rect, std::optional<std::uint32_t> windowID)> onPicked) {
+    RegionOverlayCallbacks callbacks;
+    callbacks.onRecordRegion = std::move(onPicked);
+    begin(ScreenshotOverlayMode::record, std::move(callbacks));
+}
+
 bool RegionScreenshotSession::hasOpenMenu(const std::vector<WindowInfo>& list) const {
     for (const WindowInfo& window : list)
         if (window.ownerPID != s_.ownPID && window.layer >= WindowLevel::menu && window.layer < WindowLevel::screenSaver) return true;
@@ -174,6 +180,7 @@ void RegionScreenshotSession::presentOverlays(ScreenshotOverlayMode mode, Region
     if (!callbacks.onFinish) callbacks.onFinish = onAnnotationResult;
     if (!callbacks.onTextCaptured) callbacks.onTextCaptured = onTextCaptureRequested;
     if (!callbacks.onScrollRegion) callbacks.onScrollRegion = onScrollCaptureRequested;
+    if (!callbacks.onRecordRegion) callbacks.onRecordRegion = onRecordingRequested;
     if (!callbacks.onRegionTranslate) callbacks.onRegionTranslate = onTranslationCardRequested;
     if (!callbacks.onSwitchToAudio) callbacks.onSwitchToAudio = onAudioRecordRequested;
     if (!callbacks.onSwitchToPresentation) callbacks.onSwitchToPresentation = onPresentationRequested;
@@ -181,6 +188,7 @@ void RegionScreenshotSession::presentOverlays(ScreenshotOverlayMode mode, Region
     wrapped.onFinish = once(callbacks.onFinish);
     wrapped.onTextCaptured = once(callbacks.onTextCaptured);
     wrapped.onScrollRegion = once(callbacks.onScrollRegion);
+    wrapped.onRecordRegion = once(callbacks.onRecordRegion);
     wrapped.onRegionTranslate = once(callbacks.onRegionTranslate);
     wrapped.onSwitchToAudio = once(callbacks.onSwitchToAudio);
     wrapped.onSwitchToPresentation = once(callbacks.onSwitchToPresentation);

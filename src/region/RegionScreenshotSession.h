@@ -51,6 +51,7 @@ public:
     void captureText(std::function<void(const std::optional<std::string>& text)> onText) override;
     void translateRegion(std::function<void(const Bytes& png, const Rect& rect)> onImage) override;
     void pickScrollRegion(std::function<void(const Rect& rect, std::optional<std::uint32_t> windowID)> onPicked) override;
+    void pickRecordingRegion(std::function<void(const Rect& rect, std::optional<std::uint32_t> windowID)> onPicked) override;
 
     bool isActive() const { return !overlays_.empty(); }
     // The overlays still standing (those of displays that failed are dropped).

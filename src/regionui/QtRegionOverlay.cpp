@@ -523,9 +523,13 @@ void QtRegionOverlay::cancel() {
 
 void QtRegionOverlay::commit(const RegionSelectionModel::Commit& commit) {
     if (onRegionCommitted) onRegionCommitted(screenRect(commit.rect));
-    // Scroll capture needs no image: it goes on at once.
+    // Scroll capture and recording need no image: they go on at once.
     if (model_.mode() == ScreenshotOverlayMode::scrollCapture) {
         if (callbacks_.onScrollRegion) callbacks_.onScrollRegion(screenRect(commit.rect), commit.windowID);
+        return;
+    }
+    if (model_.mode() == ScreenshotOverlayMode::record) {
+        if (callbacks_.onRecordRegion) callbacks_.onRecordRegion(screenRect(commit.rect), commit.windowID);
         return;
     }
     if (!frozen_) {

@@ -179,6 +179,26 @@ TEST_F(CaptureCoordinatorTest, RecordingToggleFollowsTheState) {
     }
 }
 
+TEST_F(CaptureCoordinatorTest, APickedRegionIsRecordedOnTheDisplayHoldingItsMiddleInTheDisplaysOwnPoints) {
+    region.onRecordingRequested(Rect(1500.4, 100, 400, 300), 77u); // on the second display, y up
+    queue.runUntilIdle();
+    ASSERT_EQ(recording.armed.size(), 1u);
+    const RecordingTarget& target = recording.armed[0];
+    EXPECT_EQ(target.displayFrame, Rect(1440, 0, 1920, 1080));
+    EXPECT_EQ(target.sourceRect, Rect(60, 680, 401, 300)) << "from the display's top-left, edges made whole";
+    EXPECT_DOUBLE_EQ(target.scale, 1);
+    EXPECT_EQ(target.windowID, 77u);
+
+    region.onRecordingRequested(Rect(1380, 100, 100, 100), std::nullopt); // across both, its middle on the first
+    queue.runUntilIdle();
+    ASSERT_EQ(recording.armed.size(), 2u);
+    EXPECT_EQ(recording.armed[1].displayFrame, Rect(0, 0, 1440, 900));
+
+    region.onRecordingRequested(Rect(-900, -900, 100, 100), std::nullopt);
+    queue.runUntilIdle();
+    EXPECT_EQ(recording.armed.size(), 2u) << "off every display nothing is armed";
+}
+
 TEST_F(CaptureCoordinatorTest, AudioToggleStartsWithTheHudAndStopsKeeping) {
     coordinator->toggleAudioRecording();
     EXPECT_EQ(audio.calls, (std::vector<std::string>{"start"}));

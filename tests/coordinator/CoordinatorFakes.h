@@ -37,6 +37,7 @@ struct Region final : RegionScreenshotController {
     std::function<void(const std::optional<std::string>&)> pendingText;
     std::function<void(const Bytes&, const Rect&)> pendingTranslate;
     std::function<void(const Rect&, std::optional<std::uint32_t>)> pendingScroll;
+    std::function<void(const Rect&, std::optional<std::uint32_t>)> pendingRecording;
     int captures = 0;
     void capture(std::function<void(const RegionAnnotationOutcome&)> onResult) override {
         ++captures;
@@ -46,6 +47,9 @@ struct Region final : RegionScreenshotController {
     void translateRegion(std::function<void(const Bytes&, const Rect&)> onImage) override { pendingTranslate = std::move(onImage); }
     void pickScrollRegion(std::function<void(const Rect&, std::optional<std::uint32_t>)> onPicked) override {
         pendingScroll = std::move(onPicked);
+    }
+    void pickRecordingRegion(std::function<void(const Rect&, std::optional<std::uint32_t>)> onPicked) override {
+        pendingRecording = std::move(onPicked);
     }
 };
 
@@ -57,9 +61,11 @@ struct Recording final : RecordingController {
     void abortCountdown() override { calls.push_back("abortCountdown"); }
     void stopAndDeliver() override { calls.push_back("stopAndDeliver"); }
     void togglePause() override { calls.push_back("togglePause"); }
-    void arm(const RecordingTarget&, RecordingFormat format, bool) override {
+    void arm(const RecordingTarget& target, RecordingFormat format, bool) override {
         calls.push_back(format == RecordingFormat::gif ? "arm gif" : "arm mp4");
+        armed.push_back(target);
     }
+    std::vector<RecordingTarget> armed;
 };
 
 struct Audio final : AudioRecordingController {
