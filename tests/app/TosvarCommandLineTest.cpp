@@ -55,9 +55,9 @@ TEST_F(TosvarCommandLineTest, HelpAndBadArgumentsNeedNoInstance) {
 }
 
 TEST_F(TosvarCommandLineTest, AnActionStartsTheInstanceAndUnbuiltFeaturesSaySo) {
-    const ProgramRun first = runTosvar("record");
+    const ProgramRun first = runTosvar("present");
     EXPECT_EQ(first.exitCode, 1);
-    EXPECT_NE(first.output.find("the \"record\" action is not built into this version yet"), std::string::npos)
+    EXPECT_NE(first.output.find("the \"present\" action is not built into this version yet"), std::string::npos)
         << first.output;
 
     const ProgramRun second = runTosvar("");
