@@ -2,7 +2,10 @@
 
 #include "BuildTarget.h"
 #include "FfmpegMovieEncoder.h"
+#include "InterruptedRecordings.h"
 #include "LocalizationManager.h"
+#include "Log.h"
+#include "XdgPaths.h"
 #include "OCRLanguagePreference.h"
 #include "OwnPasteboard.h"
 #include "ParallelFor.h"
@@ -96,13 +99,14 @@ AppPlatform::AppPlatform()
       })),
       screenStreaming(QtScreenLayout::mainGlobalFrame(), screens.screens().empty() ? 1.0 : screens.screens().front().backingScale,
                       &windowList),
+      recordingsInProgress(InterruptedRecordings::folder(XdgPaths::appStateDir())),
       recording(std::make_shared<ScreenRecorder>(ScreenRecorderServices{
           .mainQueue = mainQueue,
           .runDetached = [](std::function<void()> work) { WorkerPool::shared().detach(std::move(work)); },
           .makeEngine =
               [this](const AppSettings& settings) {
                   return CaptureEngine::make({mainQueue, [](std::function<void()> work) { WorkerPool::shared().detach(std::move(work)); },
-                                              screenStreaming, sound, openFfmpegMovieEncoder, std::filesystem::temp_directory_path(),
+                                              screenStreaming, sound, openFfmpegMovieEncoder, recordingsInProgress,
                                               ::getpid()},
                                              static_cast<int>(settings.recordingFPS), settings.recordingShowsCursor,
                                              settings.recordingCaptureSystemAudio, settings.recordingCaptureMic);
@@ -127,7 +131,11 @@ AppPlatform::AppPlatform()
       stickers(forwardNotBuilt()),
       cards([this](const CaptureCardItem& item) {
           if (onCaptureDelivered) onCaptureDelivered(item);
-      }) {}
+      }) {
+    std::error_code error;
+    std::filesystem::create_directories(recordingsInProgress, error);
+    if (error) logLine("cannot make " + recordingsInProgress.string() + ": " + error.message());
+}
 
 NotBuiltNotice AppPlatform::forwardNotBuilt() {
     return [this](const std::string& feature) {

@@ -88,6 +88,8 @@ struct AppPlatform {
     QtRegionOverlayFactory overlays;
     std::shared_ptr<RegionScreenshotSession> region;
     X11ScreenStreaming screenStreaming;
+    // Where screen recordings are written while they run; what a crash leaves is offered back.
+    std::filesystem::path recordingsInProgress;
     std::shared_ptr<ScreenRecorder> recording;
     UnbuiltPresentation presentation;
     UnbuiltScrollCapture scroll;

@@ -3,6 +3,7 @@
 #include "BuildTarget.h"
 #include "CaptureOutputPolicy.h"
 #include "HotkeyRegistrationTable.h"
+#include "InterruptedRecordings.h"
 #include "LaunchDiagnostics.h"
 #include "LiveAppSettings.h"
 #include "LocalizationManager.h"
@@ -16,6 +17,7 @@
 #include "WorkerPool.h"
 
 #include <QApplication>
+#include <QTimer>
 #include <QCursor>
 #include <QImageReader>
 
@@ -184,6 +186,18 @@ void TosvarAppDelegate::launchDidFinish() {
                    std::to_string(int(screen.frame.height())) + "@" + std::to_string(screen.backingScale).substr(0, 4);
     inventory.emplace_back("screens", screens);
     LaunchDiagnostics::launchDidFinish([inventory] { return inventory; });
+    offerInterruptedRecordings();
+}
+
+// A recording the last run never finished is offered back once the launch is done.
+void TosvarAppDelegate::offerInterruptedRecordings() {
+    const std::vector<std::filesystem::path> movies = InterruptedRecordings::find(platform_.recordingsInProgress);
+    if (movies.empty()) return;
+    QTimer::singleShot(0, qApp, [this, movies] {
+        for (const std::filesystem::path& kept : InterruptedRecordings::offer(movies, platform_.alerts, platform_.movieFiles,
+                                                                              SettingsStore::standardDefaults(), platform_.files))
+            sink().deliver(kept);
+    });
 }
 
 // MARK: menu

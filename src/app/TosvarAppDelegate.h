@@ -89,6 +89,7 @@ private:
     void applyLaunchAtLogin(bool enabled) override;
     void scheduleCaptureWarmUp(double seconds) override;
     bool onboardingCompleted() override;
+    void offerInterruptedRecordings();
     void launchDidFinish() override;
 
     void perform(StatusMenuAction action, const std::filesystem::path& file);

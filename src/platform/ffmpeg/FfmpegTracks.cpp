@@ -62,6 +62,8 @@ std::optional<Error> writeHeader(AVFormatContext* output, MovieContainer contain
                                                    : "+empty_moov+default_base_moof",
                     0);
         if (!hasVideo) av_dict_set(&options, "frag_duration", "1000000", 0);
+        // Each fragment reaches the disk as it is written.
+        output->flush_packets = 1;
     } else if (fastStart) {
         av_dict_set(&options, "movflags", "+faststart", 0);
     }
@@ -129,6 +131,11 @@ Expected<std::unique_ptr<H264Track>> H264Track::add(AVFormatContext* output, con
     // On two cores veryfast keeps up with 1080p at half rate; beyond that, ultrafast.
     const double pixelRate = static_cast<double>(settings.width) * settings.height * settings.fps;
     av_opt_set(c->priv_data, "preset", pixelRate <= 1920.0 * 1080 * 15 ? "veryfast" : "ultrafast", 0);
+    // Keyframes we ask for start a fragment a player can begin at; without
+    // look-ahead each frame is written as it comes, which matters when frames
+    // come only as the screen changes: ten frames held back can be seconds.
+    av_opt_set(c->priv_data, "forced-idr", "1", 0);
+    av_opt_set(c->priv_data, "tune", "zerolatency", 0);
     if (int code = avcodec_open2(c, c->codec, nullptr); code < 0) return failure("cannot open the H.264 encoder", code);
     track->stream_ = avformat_new_stream(output, nullptr);
     if (!track->stream_) return Error{"cannot add a video track"};
@@ -168,6 +175,12 @@ std::optional<Error> H264Track::write(const ImageBuffer& image, MediaTime time) 
     if (pts <= lastPTS_) pts = lastPTS_ + 1;
     lastPTS_ = pts;
     picture_->pts = pts;
+    // Frames come only when the screen changes, so a count of frames is no
+    // clock: a keyframe at least every second of the movie's own time keeps
+    // each fragment of the file, and what a crash can lose, to about a second.
+    const bool keyframe = lastKeyframePTS_ < 0 || pts - lastKeyframePTS_ >= codec_->time_base.den / std::max(codec_->time_base.num, 1);
+    picture_->pict_type = keyframe ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
+    if (keyframe) lastKeyframePTS_ = pts;
     if (int code = avcodec_send_frame(codec_.get(), picture_.get()); code < 0)
         return failure("cannot encode a video frame", code);
     return drainEncoder(output_, codec_.get(), stream_, frameDuration());

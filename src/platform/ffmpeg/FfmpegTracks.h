@@ -84,6 +84,7 @@ private:
     SwsContext* scaler_ = nullptr;
     int scalerWidth_ = 0, scalerHeight_ = 0, scalerFormat_ = -1;
     std::int64_t lastPTS_ = -1;
+    std::int64_t lastKeyframePTS_ = -1;
 };
 
 // AAC from interleaved floats already in the track's rate and channels.
