@@ -99,6 +99,7 @@ AppPlatform::AppPlatform()
       })),
       screenStreaming(QtScreenLayout::mainGlobalFrame(), screens.screens().empty() ? 1.0 : screens.screens().front().backingScale,
                       &windowList),
+      recordingChrome([] { return QtScreenLayout::mainGlobalFrame(); }, [](const std::string& key) { return localize(key); }),
       recordingsInProgress(InterruptedRecordings::folder(XdgPaths::appStateDir())),
       recording(std::make_shared<ScreenRecorder>(ScreenRecorderServices{
           .mainQueue = mainQueue,
@@ -124,6 +125,7 @@ AppPlatform::AppPlatform()
                   ScreenshotToast::show(QString::fromStdString(localize(key, arguments)), ScreenshotToast::captureSeconds);
               },
           .beep = [] { QApplication::beep(); },
+          .chrome = &recordingChrome,
       })),
       presentation(forwardNotBuilt()),
       scroll(forwardNotBuilt()),

@@ -18,6 +18,7 @@
 #include "QtAudioRecordingHUD.h"
 #include "QtMainQueue.h"
 #include "QtPasteboard.h"
+#include "QtRecordingChrome.h"
 #include "QtRegionOverlayFactory.h"
 #include "QtScreenLayout.h"
 #include "QtWorkspace.h"
@@ -88,6 +89,7 @@ struct AppPlatform {
     QtRegionOverlayFactory overlays;
     std::shared_ptr<RegionScreenshotSession> region;
     X11ScreenStreaming screenStreaming;
+    QtRecordingChrome recordingChrome;
     // Where screen recordings are written while they run; what a crash leaves is offered back.
     std::filesystem::path recordingsInProgress;
     std::shared_ptr<ScreenRecorder> recording;

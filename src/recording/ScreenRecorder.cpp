@@ -37,8 +37,16 @@ void ScreenRecorder::arm(const RecordingTarget& target, RecordingFormat format, 
     countDown(static_cast<int>(std::max<std::int64_t>(settings_.recordingCountdown, 1)));
 }
 
+std::optional<Rect> ScreenRecorder::screenRect() const {
+    if (!target_) return std::nullopt;
+    const Rect& frame = target_->displayFrame;
+    const Rect source = target_->sourceRect.value_or(Rect(0, 0, frame.width(), frame.height()));
+    return Rect(frame.minX() + source.minX(), frame.maxY() - source.maxY(), source.width(), source.height());
+}
+
 void ScreenRecorder::countDown(int remaining) {
     if (onCountdown) onCountdown(remaining);
+    if (s_.chrome) s_.chrome->showCountdown(*screenRect(), remaining);
     if (remaining == 0) return startEngine();
     std::weak_ptr<ScreenRecorder> weak = weak_from_this();
     countdown_ = s_.mainQueue.after(1.0, [weak, remaining] {
@@ -49,6 +57,7 @@ void ScreenRecorder::countDown(int remaining) {
 void ScreenRecorder::abortCountdown() {
     if (state_ != State::countingDown) return;
     countdown_.cancel();
+    if (s_.chrome) s_.chrome->close();
     target_.reset();
     setState(State::idle);
 }
@@ -66,6 +75,7 @@ void ScreenRecorder::startEngine() {
         if (!self || self->engine_ != engine) return;
         if (error) {
             logLine("recording start failed: " + error->message);
+            if (self->s_.chrome) self->s_.chrome->close();
             self->engine_.reset();
             self->target_.reset();
             self->setState(State::idle);
@@ -76,8 +86,16 @@ void ScreenRecorder::startEngine() {
         self->pausedAccumulated_ = 0;
         self->pauseBegan_.reset();
         self->setState(State::recording);
+        if (self->s_.chrome)
+            self->s_.chrome->showRecording(*self->screenRect(), {.stop = [weak] { if (auto r = weak.lock()) r->stopAndDeliver(); },
+                                                                 .togglePause = [weak] { if (auto r = weak.lock()) r->togglePause(); },
+                                                                 .cancel = [weak] { if (auto r = weak.lock()) r->cancelRecording(); }});
         self->ticker_ = self->s_.mainQueue.every(0.5, [weak] {
-            if (auto recorder = weak.lock(); recorder && recorder->onTick) recorder->onTick(recorder->currentElapsed());
+            auto recorder = weak.lock();
+            if (!recorder) return;
+            const double elapsed = recorder->currentElapsed();
+            if (recorder->s_.chrome) recorder->s_.chrome->setElapsed(elapsed);
+            if (recorder->onTick) recorder->onTick(elapsed);
         });
     });
 }
@@ -99,7 +117,10 @@ void ScreenRecorder::togglePause() {
         engine_->pause();
         pauseBegan_ = s_.mainQueue.now();
         setState(State::paused);
+    } else {
+        return;
     }
+    if (s_.chrome) s_.chrome->setPaused(state_ == State::paused);
 }
 
 void ScreenRecorder::stopAndDeliver() {
@@ -115,6 +136,7 @@ void ScreenRecorder::cancelRecording() {
 void ScreenRecorder::finish(std::shared_ptr<CaptureEngine> engine, bool keep) {
     engine_.reset();
     ticker_.cancel();
+    if (s_.chrome) s_.chrome->close();
     setState(State::stopping);
     std::weak_ptr<ScreenRecorder> weak = weak_from_this();
     if (!keep) {

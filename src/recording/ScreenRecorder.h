@@ -6,6 +6,7 @@
 #include "FileManager.h"
 #include "MainQueue.h"
 #include "MovieFileProcessing.h"
+#include "RecordingChrome.h"
 #include "RecordingController.h"
 
 #include <chrono>
@@ -34,6 +35,8 @@ struct ScreenRecorderServices {
     // A short message by its localisation key, with its arguments.
     std::function<void(const std::string& key, const std::vector<std::string>& arguments)> toast;
     std::function<void()> beep;
+    // The countdown, brackets and bar; none shows nothing.
+    RecordingChrome* chrome = nullptr;
     std::function<std::chrono::system_clock::time_point()> now = [] { return std::chrono::system_clock::now(); };
 };
 
@@ -60,6 +63,8 @@ public:
     double currentElapsed() const;
     // Each second of the countdown, with the seconds left; 0 when it ends.
     std::function<void(int remaining)> onCountdown;
+    // The rectangle recorded, in screen points (y up).
+    std::optional<Rect> screenRect() const;
 
 private:
     void setState(State state);

@@ -654,8 +654,8 @@ void QtRegionOverlay::captureTextAndFinish(ImageBuffer image, double scale) {
         QMetaObject::invokeMethod(qApp, [overlay, text = std::move(text)] {
             if (!overlay || overlay->cancelled_) return; // the session ended meanwhile: nothing reaches the clipboard
             const std::string found = text.value_or("");
-            logLine("text capture: " + std::to_string(UnicodeText::graphemeCount(found)) + " character(s)");
             if (!found.empty() && overlay->onCopyText) overlay->onCopyText(found);
+            logLine("text capture: " + std::to_string(UnicodeText::graphemeCount(found)) + " character(s)");
             if (overlay->callbacks_.onTextCaptured) overlay->callbacks_.onTextCaptured(found);
         }, Qt::QueuedConnection);
     });

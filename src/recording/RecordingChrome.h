@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Rect.h"
+
+#include <functional>
+
+namespace tosvar {
+
+// What surrounds a screen recording on the screen: the countdown before it,
+// the brackets around what is recorded and the bar with its time and
+// buttons while it runs. Rectangles are in screen points (y up). Main thread.
+class RecordingChrome {
+public:
+    struct Actions {
+        std::function<void()> stop;
+        std::function<void()> togglePause;
+        std::function<void()> cancel;
+    };
+
+    virtual ~RecordingChrome() = default;
+    // The seconds left before the recording starts, over its rectangle; 0 takes the countdown away.
+    virtual void showCountdown(const Rect& region, int remaining) = 0;
+    virtual void showRecording(const Rect& region, Actions actions) = 0;
+    virtual void setElapsed(double seconds) = 0;
+    virtual void setPaused(bool paused) = 0;
+    // Everything goes.
+    virtual void close() = 0;
+};
+
+} // namespace tosvar
