@@ -125,6 +125,11 @@ AppPlatform::AppPlatform()
                   ScreenshotToast::show(QString::fromStdString(localize(key, arguments)), ScreenshotToast::captureSeconds);
               },
           .beep = [] { QApplication::beep(); },
+          .windowFrame = [this](std::uint32_t id) -> std::optional<Rect> {
+              for (const WindowInfo& window : windowList.onScreenWindows())
+                  if (window.id == id) return window.bounds;
+              return std::nullopt;
+          },
           .chrome = &recordingChrome,
       })),
       presentation(forwardNotBuilt()),

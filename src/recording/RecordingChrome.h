@@ -21,6 +21,8 @@ public:
     // The seconds left before the recording starts, over its rectangle; 0 takes the countdown away.
     virtual void showCountdown(const Rect& region, int remaining) = 0;
     virtual void showRecording(const Rect& region, Actions actions) = 0;
+    // The recorded rectangle moved (its window did).
+    virtual void follow(const Rect& region) = 0;
     virtual void setElapsed(double seconds) = 0;
     virtual void setPaused(bool paused) = 0;
     // Everything goes.

@@ -5,6 +5,7 @@
 #include "Log.h"
 #include "RecordingAudioMixer.h"
 #include "RecordingDestination.h"
+#include "RecordingGeometry.h"
 
 #include <algorithm>
 
@@ -13,6 +14,7 @@ namespace tosvar {
 ScreenRecorder::~ScreenRecorder() {
     countdown_.cancel();
     ticker_.cancel();
+    follower_.cancel();
 }
 
 void ScreenRecorder::setState(State state) {
@@ -90,6 +92,7 @@ void ScreenRecorder::startEngine() {
             self->s_.chrome->showRecording(*self->screenRect(), {.stop = [weak] { if (auto r = weak.lock()) r->stopAndDeliver(); },
                                                                  .togglePause = [weak] { if (auto r = weak.lock()) r->togglePause(); },
                                                                  .cancel = [weak] { if (auto r = weak.lock()) r->cancelRecording(); }});
+        self->startFollowingWindow();
         self->ticker_ = self->s_.mainQueue.every(0.5, [weak] {
             auto recorder = weak.lock();
             if (!recorder) return;
@@ -133,9 +136,43 @@ void ScreenRecorder::cancelRecording() {
     finish(std::move(engine_), false);
 }
 
+void ScreenRecorder::startFollowingWindow() {
+    if (!target_ || !target_->windowID || !s_.windowFrame) return;
+    const std::optional<Rect> start = s_.windowFrame(*target_->windowID);
+    if (!start) return;
+    const Rect& frame = target_->displayFrame;
+    followStart_ = FollowStart{*start, target_->sourceRect.value_or(Rect(0, 0, frame.width(), frame.height()))};
+    followMisses_ = 0;
+    std::weak_ptr<ScreenRecorder> weak = weak_from_this();
+    follower_ = s_.mainQueue.every(0.25, [weak] {
+        if (auto self = weak.lock()) self->followWindow();
+    });
+}
+
+void ScreenRecorder::followWindow() {
+    if (!engine_ || !followStart_ || !target_) return;
+    const std::optional<Rect> now = s_.windowFrame(*target_->windowID);
+    if (!now) {
+        if (++followMisses_ < 2) return;
+        logLine("recorded window closed; finishing with what was captured");
+        return stopAndDeliver();
+    }
+    followMisses_ = 0;
+    const Rect& frame = target_->displayFrame;
+    const Rect moved = RecordingGeometry::movedRegion(
+        followStart_->source, {now->minX() - followStart_->window.minX(), now->minY() - followStart_->window.minY()},
+        Rect(0, 0, frame.width(), frame.height()));
+    if (target_->sourceRect == moved) return;
+    target_->sourceRect = moved;
+    engine_->updateSourceRect(moved);
+    if (s_.chrome) s_.chrome->follow(*screenRect());
+}
+
 void ScreenRecorder::finish(std::shared_ptr<CaptureEngine> engine, bool keep) {
     engine_.reset();
     ticker_.cancel();
+    follower_.cancel();
+    followStart_.reset();
     if (s_.chrome) s_.chrome->close();
     setState(State::stopping);
     std::weak_ptr<ScreenRecorder> weak = weak_from_this();

@@ -35,6 +35,8 @@ struct ScreenRecorderServices {
     // A short message by its localisation key, with its arguments.
     std::function<void(const std::string& key, const std::vector<std::string>& arguments)> toast;
     std::function<void()> beep;
+    // Where a window stands now (global points, top-left origin); none once it is gone.
+    std::function<std::optional<Rect>(std::uint32_t windowID)> windowFrame = {};
     // The countdown, brackets and bar; none shows nothing.
     RecordingChrome* chrome = nullptr;
     std::function<std::chrono::system_clock::time_point()> now = [] { return std::chrono::system_clock::now(); };
@@ -73,6 +75,9 @@ private:
     void finish(std::shared_ptr<CaptureEngine> engine, bool keep);
     void deliver(const CaptureEngine::Result& movie);
     void failed(const std::string& logged, const std::string& toastKey);
+    // A recorded window is followed four times a second; gone twice, the recording ends.
+    void startFollowingWindow();
+    void followWindow();
 
     ScreenRecorderServices s_;
     State state_ = State::idle;
@@ -81,7 +86,13 @@ private:
     bool pinAfterGIF_ = false;
     AppSettings settings_;
     std::shared_ptr<CaptureEngine> engine_;
-    TimerHandle countdown_, ticker_;
+    TimerHandle countdown_, ticker_, follower_;
+    struct FollowStart {
+        Rect window; // global, top-left origin
+        Rect source; // the recorded rectangle then, display points
+    };
+    std::optional<FollowStart> followStart_;
+    int followMisses_ = 0;
     std::optional<double> startedAt_, pauseBegan_;
     double pausedAccumulated_ = 0;
 };

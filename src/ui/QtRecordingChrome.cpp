@@ -219,6 +219,15 @@ void QtRecordingChrome::showRecording(const Rect& region, Actions actions) {
     bar_->show();
 }
 
+void QtRecordingChrome::follow(const Rect& region) {
+    const QRect area = globalRect(region);
+    if (brackets_) brackets_->setGeometry(area.adjusted(-12, -12, 12, 12));
+    if (!bar_) return;
+    const QScreen* screen = QGuiApplication::screenAt(area.center());
+    if (!screen) screen = QGuiApplication::primaryScreen();
+    bar_->setGeometry(barFrame(area, screen ? screen->geometry() : area, bar_->size()));
+}
+
 void QtRecordingChrome::setElapsed(double seconds) {
     if (bar_) bar_->setElapsed(seconds);
 }

@@ -26,6 +26,7 @@ public:
 
     void showCountdown(const Rect& region, int remaining) override;
     void showRecording(const Rect& region, Actions actions) override;
+    void follow(const Rect& region) override;
     void setElapsed(double seconds) override;
     void setPaused(bool paused) override;
     void close() override;

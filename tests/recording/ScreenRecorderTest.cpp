@@ -43,6 +43,7 @@ protected:
                 toasts.push_back(key + (arguments.empty() ? "" : " " + arguments.front()));
             },
             .beep = [this] { ++beeps; },
+            .windowFrame = [this](std::uint32_t) { return window; },
             .now = [] { return std::chrono::system_clock::from_time_t(1772611507); },
         });
         recorder->onStateChange = [this] { states.push_back(recorder->state()); };
@@ -78,6 +79,7 @@ protected:
     std::vector<std::filesystem::path> delivered;
     std::vector<std::string> toasts;
     int beeps = 0;
+    std::optional<Rect> window; // where the recorded window stands, global points
 };
 
 TEST_F(ScreenRecorderTest, CountsDownASecondAtATimeThenRecordsAndTicks) {
@@ -196,6 +198,46 @@ TEST_F(ScreenRecorderTest, AStopBeforeAnyFrameKeepsNothingAndAFailedGIFKeepsTheM
     EXPECT_EQ(delivered[0].extension(), ".mov") << "the recording is kept as a movie";
     EXPECT_TRUE(std::filesystem::exists(delivered[0]));
     EXPECT_EQ(recorder->state(), State::idle);
+}
+
+TEST_F(ScreenRecorderTest, AStreamThatDiesDeliversWhatItCaptured) {
+    settings.recordingCountdown = 0;
+    armWholeDisplay();
+    settle();
+    recordFrames(5);
+    screen.stream->handlers.onStopped(Error{"the display went away"});
+    settle();
+    EXPECT_EQ(recorder->state(), State::idle);
+    EXPECT_EQ(delivered.size(), 1u);
+}
+
+TEST_F(ScreenRecorderTest, ARecordedWindowIsFollowedOnItsDisplayAndItsClosingEndsTheRecording) {
+    settings.recordingCountdown = 0;
+    screen.content.windows = {{7, 100, {100, 100, 400, 300}}};
+    window = Rect(100, 100, 400, 300);
+    recorder->arm({displayFrame, Rect(100, 100, 400, 300), 1, 7u}, RecordingFormat::mp4, false);
+    settle();
+    ASSERT_EQ(recorder->state(), State::recording);
+
+    window = Rect(150, 80, 400, 300);
+    main.advance(0.25);
+    settle();
+    ASSERT_FALSE(screen.stream->configurationUpdates.empty());
+    EXPECT_EQ(screen.stream->configurationUpdates.back().sourceRect, Rect(150, 80, 400, 300));
+
+    window = Rect(1100, -50, 400, 300); // dragged partly off the display: the rectangle stays on it
+    main.advance(0.25);
+    settle();
+    EXPECT_EQ(screen.stream->configurationUpdates.back().sourceRect, Rect(880, 0, 400, 300));
+
+    recordFrames(3);
+    window.reset();
+    main.advance(0.25);
+    EXPECT_EQ(recorder->state(), State::recording) << "one miss is forgiven";
+    main.advance(0.25);
+    EXPECT_EQ(recorder->state(), State::stopping) << "gone twice: the recording ends with what it has";
+    settle();
+    EXPECT_EQ(delivered.size(), 1u);
 }
 
 } // namespace
