@@ -130,6 +130,13 @@ AnnotationToolbar::AnnotationToolbar(AnnotationEditorController& controller, Opt
         });
         row->addWidget(dragOut);
     }
+    if (options.record) {
+        QToolButton* record = button(this, QStringLiteral("⏺"), text("annotation.record"), false);
+        QObject::connect(record, &QToolButton::clicked, this, [this] {
+            if (onSwitchToRecording) onSwitchToRecording();
+        });
+        row->addWidget(record);
+    }
     if (options.cancel) {
         QToolButton* cancel = button(this, QStringLiteral("✕"), text("annotation.cancel"), false);
         QObject::connect(cancel, &QToolButton::clicked, this, [this] {

@@ -24,6 +24,7 @@ public:
         bool crop = true;    // the crop tool; a region is cropped by its own handles
         bool dragOut = true; // the handle that drags the image out as a file
         bool cancel = false; // a button that ends the surface without output
+        bool record = false; // a button that records the region instead (`onSwitchToRecording`)
     };
 
     AnnotationToolbar(AnnotationEditorController& controller, QWidget* parent = nullptr) : AnnotationToolbar(controller, {}, parent) {}
@@ -35,6 +36,8 @@ public:
     // Pressed on the drag handle: the window starts dragging the image out.
     std::function<void()> onDragOut;
     std::function<void()> onCancel;
+    // Set before the toolbar is shown: a button that records the surface's region instead.
+    std::function<void()> onSwitchToRecording;
 
     QToolButton* toolButton(AnnotationTool tool) const { return tools_.at(tool); }
 

@@ -604,6 +604,10 @@ bool QtRegionOverlay::annotatingKey(QKeyEvent* event) {
         if (!command) return false;
         finishAnnotation(AnnotationAction::copy);
         return true;
+    case Qt::Key_R:
+        if (!command || !callbacks_.onRecordRegion) return false;
+        switchToRecording();
+        return true;
     case Qt::Key_Slash:
     case Qt::Key_Question:
         if (!command || !hintHidden || !onHintHiddenChanged) return false;
@@ -618,6 +622,7 @@ void QtRegionOverlay::beginAnnotation(const Rect& rect, ImageBuffer image, std::
     RegionAnnotatingPhase::Hooks hooks{
         .finish = [this](AnnotationAction action) { finishAnnotation(action); },
         .cancel = [this] { cancel(); },
+        .switchToRecording = callbacks_.onRecordRegion ? std::function<void()>([this] { switchToRecording(); }) : std::function<void()>(),
         .changed = [this] { update(); },
         .windowAt = [this](Point p) -> std::optional<RegionAnnotatingPhase::HoveredWindow> {
             const PickableWindow* window = model_.windowAt(p);
@@ -668,6 +673,13 @@ void QtRegionOverlay::finishAnnotation(AnnotationAction action) {
     if (!png) return cancel();
     const double s = frozen_->image.width() / std::max(1.0, globalFrame_.width());
     if (callbacks_.onFinish) callbacks_.onFinish({AnnotationResult::finished(std::move(*png), action), screenRect(region), true, s});
+}
+
+// The committed region is recorded instead; its annotations are dropped.
+void QtRegionOverlay::switchToRecording() {
+    const Rect region = annotating_->model().committed();
+    if (onRegionCommitted) onRegionCommitted(screenRect(region));
+    callbacks_.onRecordRegion(screenRect(region), std::nullopt);
 }
 
 void QtRegionOverlay::abandonCommittedRegion() {

@@ -107,6 +107,7 @@ private:
     // and ends the session with it; one reading at a time.
     void captureTextAndFinish(ImageBuffer image, double scale);
     void finishAnnotation(AnnotationAction action);
+    void switchToRecording();
     // Back to drawing: the committed region and its annotations are dropped.
     void abandonCommittedRegion();
     void paintAnnotating(QPainter& painter);

@@ -69,7 +69,8 @@ RegionAnnotatingPhase::RegionAnnotatingPhase(QWidget& overlay, Start start, cons
     chrome_ = new RegionChromeView(model_, &overlay);
     chrome_->setGeometry(overlay.rect());
 
-    tools_ = new AnnotationToolbar(*editor_, {.crop = false, .dragOut = false, .cancel = true});
+    tools_ = new AnnotationToolbar(*editor_, {.crop = false, .dragOut = false, .cancel = true, .record = static_cast<bool>(hooks_.switchToRecording)});
+    tools_->onSwitchToRecording = [this] { hooks_.switchToRecording(); };
     tools_->onCopy = [this] { hooks_.finish(AnnotationAction::copy); };
     tools_->onSave = [this] { hooks_.finish(AnnotationAction::save); };
     tools_->onCancel = [this] { hooks_.cancel(); };

@@ -40,6 +40,8 @@ public:
     struct Hooks {
         std::function<void(AnnotationAction)> finish;
         std::function<void()> cancel;
+        // Record the region instead (Ctrl+R and the toolbar); none leaves the switch out.
+        std::function<void()> switchToRecording;
         // Something the overlay draws changed (the region, the hint's state).
         std::function<void()> changed;
         // The window Ctrl offers under a view point, for one more layer.

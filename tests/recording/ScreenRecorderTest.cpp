@@ -200,6 +200,21 @@ TEST_F(ScreenRecorderTest, AStopBeforeAnyFrameKeepsNothingAndAFailedGIFKeepsTheM
     EXPECT_EQ(recorder->state(), State::idle);
 }
 
+TEST_F(ScreenRecorderTest, AFailedRemuxDeliversTheMovieAsItWasWritten) {
+    settings.recordingCountdown = 0;
+    armWholeDisplay();
+    settle();
+    recordFrames(5);
+    Files::touch(encoders.last().settings.url);
+    files.failure = Error{"no muxer"};
+    recorder->stopAndDeliver();
+    settle();
+    ASSERT_EQ(delivered.size(), 1u);
+    EXPECT_EQ(delivered[0].extension(), ".mov");
+    EXPECT_TRUE(std::filesystem::exists(delivered[0]));
+    EXPECT_TRUE(toasts.back().starts_with("record.toast.saved")) << "a movie was saved after all";
+}
+
 TEST_F(ScreenRecorderTest, AStreamThatDiesDeliversWhatItCaptured) {
     settings.recordingCountdown = 0;
     armWholeDisplay();

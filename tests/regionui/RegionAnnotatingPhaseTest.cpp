@@ -47,6 +47,7 @@ protected:
         const CapturedDisplay display = gradientDisplay();
         RegionOverlayCallbacks callbacks;
         callbacks.onFinish = [this](const RegionAnnotationOutcome& outcome) { finished = outcome; };
+        callbacks.onRecordRegion = [this](const Rect& rect, std::optional<std::uint32_t>) { recorded = rect; };
         overlay = std::make_unique<QtRegionOverlay>(display.screen, display.screen.frame, display, ScreenshotOverlayMode::annotate, callbacks,
                                                     std::vector<PickableWindow>{{7, 100, {500, 350, 200, 150}, {500, 350, 200, 150}}});
         overlay->editorServices = &services;
@@ -104,6 +105,7 @@ protected:
     AnnotationEditorServices services{renderer, queue, &defaults, clipboard, pasteboard, WorkerPool::shared()};
     std::unique_ptr<QtRegionOverlay> overlay;
     std::optional<RegionAnnotationOutcome> finished;
+    std::optional<Rect> recorded;
 };
 
 TEST_F(RegionAnnotatingPhaseTest, ADrawnRegionIsEditedInPlaceAndReturnCopiesItWithRoundedCorners) {
@@ -123,6 +125,13 @@ TEST_F(RegionAnnotatingPhaseTest, ADrawnRegionIsEditedInPlaceAndReturnCopiesItWi
     EXPECT_EQ(image.pixel(0, 0).a, 0) << "a rounded corner";
     EXPECT_EQ(image.pixel(10, 100), (Rgba8{110, 200, 90, 255})) << "the frozen screen under the region";
     EXPECT_NE(image.pixel(50, 75), (Rgba8{150, 175, 90, 255})) << "the rectangle's left side";
+}
+
+TEST_F(RegionAnnotatingPhaseTest, CtrlRRecordsTheRegionAsItStandsInsteadOfCapturingIt) {
+    drag({300, 250}, {360, 300}); // grown by its corner first
+    key(Qt::Key_R, Qt::ControlModifier, QStringLiteral("r"));
+    EXPECT_EQ(recorded, Rect(100, 300, 260, 200)) << "the region on the screen, y up";
+    EXPECT_FALSE(finished) << "no picture is delivered";
 }
 
 TEST_F(RegionAnnotatingPhaseTest, CtrlSSavesAndADoubleClickOnEmptyGroundCopies) {
