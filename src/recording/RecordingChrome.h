@@ -15,6 +15,10 @@ public:
         std::function<void()> stop;
         std::function<void()> togglePause;
         std::function<void()> cancel;
+        // A region (not a window or a whole display) can be dragged by the bar's grip:
+        // none for the others. The offset is in points from where the drag began.
+        std::function<void()> moveBegan = {};
+        std::function<void(Point offset)> move = {};
     };
 
     virtual ~RecordingChrome() = default;

@@ -88,10 +88,16 @@ void ScreenRecorder::startEngine() {
         self->pausedAccumulated_ = 0;
         self->pauseBegan_.reset();
         self->setState(State::recording);
-        if (self->s_.chrome)
-            self->s_.chrome->showRecording(*self->screenRect(), {.stop = [weak] { if (auto r = weak.lock()) r->stopAndDeliver(); },
-                                                                 .togglePause = [weak] { if (auto r = weak.lock()) r->togglePause(); },
-                                                                 .cancel = [weak] { if (auto r = weak.lock()) r->cancelRecording(); }});
+        if (self->s_.chrome) {
+            RecordingChrome::Actions actions{.stop = [weak] { if (auto r = weak.lock()) r->stopAndDeliver(); },
+                                             .togglePause = [weak] { if (auto r = weak.lock()) r->togglePause(); },
+                                             .cancel = [weak] { if (auto r = weak.lock()) r->cancelRecording(); }};
+            if (self->target_->sourceRect && !self->target_->windowID) {
+                actions.moveBegan = [weak] { if (auto r = weak.lock()) r->beginRegionMove(); };
+                actions.move = [weak](Point offset) { if (auto r = weak.lock()) r->moveRegion(offset); };
+            }
+            self->s_.chrome->showRecording(*self->screenRect(), std::move(actions));
+        }
         self->startFollowingWindow();
         self->ticker_ = self->s_.mainQueue.every(0.5, [weak] {
             auto recorder = weak.lock();
@@ -136,6 +142,20 @@ void ScreenRecorder::cancelRecording() {
     finish(std::move(engine_), false);
 }
 
+void ScreenRecorder::beginRegionMove() {
+    if (engine_ && target_ && target_->sourceRect && !target_->windowID) moveStart_ = target_->sourceRect;
+}
+
+void ScreenRecorder::moveRegion(Point offset) {
+    if (!engine_ || !moveStart_ || !target_ || (state_ != State::recording && state_ != State::paused)) return;
+    const Rect& frame = target_->displayFrame;
+    const Rect moved = RecordingGeometry::movedRegion(*moveStart_, offset, Rect(0, 0, frame.width(), frame.height()));
+    if (target_->sourceRect == moved) return;
+    target_->sourceRect = moved;
+    engine_->updateSourceRect(moved);
+    if (s_.chrome) s_.chrome->follow(*screenRect());
+}
+
 void ScreenRecorder::startFollowingWindow() {
     if (!target_ || !target_->windowID || !s_.windowFrame) return;
     const std::optional<Rect> start = s_.windowFrame(*target_->windowID);
@@ -173,6 +193,7 @@ void ScreenRecorder::finish(std::shared_ptr<CaptureEngine> engine, bool keep) {
     ticker_.cancel();
     follower_.cancel();
     followStart_.reset();
+    moveStart_.reset();
     if (s_.chrome) s_.chrome->close();
     setState(State::stopping);
     std::weak_ptr<ScreenRecorder> weak = weak_from_this();

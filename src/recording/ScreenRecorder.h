@@ -60,6 +60,11 @@ public:
     void arm(const RecordingTarget& target, RecordingFormat format, bool pinAfterGIF) override;
     // Stops and keeps nothing.
     void cancelRecording();
+    // A recorded region dragged by the bar's grip: `offset` points (y down)
+    // from where the drag began; it stays on its display. Windows and whole
+    // displays do not move.
+    void beginRegionMove();
+    void moveRegion(Point offset);
 
     // Seconds recorded so far, pauses left out.
     double currentElapsed() const;
@@ -92,6 +97,7 @@ private:
         Rect source; // the recorded rectangle then, display points
     };
     std::optional<FollowStart> followStart_;
+    std::optional<Rect> moveStart_; // the recorded rectangle when a grip drag began
     int followMisses_ = 0;
     std::optional<double> startedAt_, pauseBegan_;
     double pausedAccumulated_ = 0;

@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPainterPathStroker>
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace tosvar {
 
@@ -120,6 +122,15 @@ public:
         auto* row = new QHBoxLayout(this);
         row->setContentsMargins(14, 6, 10, 6);
         row->setSpacing(6);
+        if (actions_.move) {
+            // The grip drags the recorded region; the bar follows it.
+            grip_ = new QLabel(QStringLiteral("⠿"), this);
+            grip_->setCursor(Qt::OpenHandCursor);
+            grip_->setToolTip(text("record.move.hint"));
+            grip_->installEventFilter(this);
+            row->addWidget(grip_);
+            row->setContentsMargins(8, 6, 10, 6);
+        }
         dot_ = new QLabel(QStringLiteral("●"), this);
         time_ = new QLabel(QStringLiteral("0:00"), this);
         QFont digits = time_->font();
@@ -140,6 +151,23 @@ public:
     }
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (watched != grip_) return false;
+        auto* mouse = static_cast<QMouseEvent*>(event);
+        switch (event->type()) {
+        case QEvent::MouseButtonPress:
+            dragStart_ = mouse->globalPosition();
+            actions_.moveBegan();
+            return true;
+        case QEvent::MouseMove:
+            if (dragStart_) actions_.move({mouse->globalPosition().x() - dragStart_->x(), mouse->globalPosition().y() - dragStart_->y()});
+            return true;
+        case QEvent::MouseButtonRelease:
+            dragStart_.reset();
+            return true;
+        default: return false;
+        }
+    }
     void resizeEvent(QResizeEvent*) override {
         QPainterPath plate;
         plate.addRoundedRect(QRectF(rect()), 10, 10);
@@ -161,9 +189,11 @@ private:
 
     Actions actions_;
     std::function<std::string(const std::string&)> localize_;
+    QLabel* grip_ = nullptr;
     QLabel* dot_;
     QLabel* time_;
     QToolButton* pause_;
+    std::optional<QPointF> dragStart_;
 };
 
 QtRecordingChrome::QtRecordingChrome(std::function<Rect()> mainGlobalFrame, std::function<std::string(const std::string&)> localize)

@@ -21,6 +21,25 @@ using std::chrono::milliseconds;
 
 const Rect displayFrame{0, 0, 1280, 800};
 
+// Keeps what the recorder shows.
+struct Chrome final : RecordingChrome {
+    std::vector<int> countdown;
+    std::optional<Rect> shown;
+    Actions actions;
+    std::vector<Rect> followed;
+    bool closed = false;
+    void showCountdown(const Rect&, int remaining) override { countdown.push_back(remaining); }
+    void showRecording(const Rect& region, Actions given) override {
+        shown = region;
+        actions = std::move(given);
+        closed = false;
+    }
+    void follow(const Rect& region) override { followed.push_back(region); }
+    void setElapsed(double) override {}
+    void setPaused(bool) override {}
+    void close() override { closed = true; }
+};
+
 class ScreenRecorderTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -44,6 +63,7 @@ protected:
             },
             .beep = [this] { ++beeps; },
             .windowFrame = [this](std::uint32_t) { return window; },
+            .chrome = &chrome,
             .now = [] { return std::chrono::system_clock::from_time_t(1772611507); },
         });
         recorder->onStateChange = [this] { states.push_back(recorder->state()); };
@@ -80,6 +100,7 @@ protected:
     std::vector<std::string> toasts;
     int beeps = 0;
     std::optional<Rect> window; // where the recorded window stands, global points
+    Chrome chrome;
 };
 
 TEST_F(ScreenRecorderTest, CountsDownASecondAtATimeThenRecordsAndTicks) {
@@ -213,6 +234,30 @@ TEST_F(ScreenRecorderTest, AFailedRemuxDeliversTheMovieAsItWasWritten) {
     EXPECT_EQ(delivered[0].extension(), ".mov");
     EXPECT_TRUE(std::filesystem::exists(delivered[0]));
     EXPECT_TRUE(toasts.back().starts_with("record.toast.saved")) << "a movie was saved after all";
+}
+
+TEST_F(ScreenRecorderTest, ARecordedRegionMovesByTheGripOnItsDisplayAndTheChromeFollows) {
+    settings.recordingCountdown = 0;
+    recorder->arm({displayFrame, Rect(100, 100, 400, 300), 1, std::nullopt}, RecordingFormat::mp4, false);
+    settle();
+    ASSERT_TRUE(chrome.shown);
+    EXPECT_EQ(*chrome.shown, Rect(100, 400, 400, 300)) << "in screen points, y up";
+    ASSERT_TRUE(chrome.actions.move) << "a region has a grip";
+    chrome.actions.moveBegan();
+    chrome.actions.move({50, -300});
+    settle();
+    EXPECT_EQ(screen.stream->configurationUpdates.back().sourceRect, Rect(150, 0, 400, 300)) << "kept on the display";
+    EXPECT_EQ(chrome.followed.back(), Rect(150, 500, 400, 300));
+    chrome.actions.move({60, 10});
+    settle();
+    EXPECT_EQ(screen.stream->configurationUpdates.back().sourceRect, Rect(160, 110, 400, 300)) << "from where the drag began";
+    recorder->stopAndDeliver();
+    settle();
+    EXPECT_TRUE(chrome.closed);
+
+    recorder->arm({displayFrame, std::nullopt, 1, std::nullopt}, RecordingFormat::mp4, false);
+    settle();
+    EXPECT_FALSE(chrome.actions.move) << "a whole display has nothing to move";
 }
 
 TEST_F(ScreenRecorderTest, AStreamThatDiesDeliversWhatItCaptured) {
