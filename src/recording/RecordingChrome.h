@@ -29,6 +29,8 @@ public:
     virtual void follow(const Rect& region) = 0;
     virtual void setElapsed(double seconds) = 0;
     virtual void setPaused(bool paused) = 0;
+    // The share of a GIF made so far, 0...1; 1 takes the progress away.
+    virtual void showExportProgress(double fraction) = 0;
     // Everything goes.
     virtual void close() = 0;
 };

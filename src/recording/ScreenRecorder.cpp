@@ -232,6 +232,7 @@ void ScreenRecorder::deliver(const CaptureEngine::Result& movie) {
     const GIFExporter::Settings gifSettings{static_cast<int>(settings_.recordingGIFFPS),
                                             target_ ? static_cast<int>(target_->sourceRect.value_or(target_->displayFrame).width()) : 10000};
     std::weak_ptr<ScreenRecorder> weak = weak_from_this();
+    if (gif && s_.chrome) s_.chrome->showExportProgress(0);
     s_.runDetached([weak, movie, gif, destination, fallback, gifSettings, access = *access, &processing = s_.processing, &pool = s_.pool,
                     &main = s_.mainQueue] {
         std::optional<Error> error;
@@ -239,7 +240,16 @@ void ScreenRecorder::deliver(const CaptureEngine::Result& movie) {
         bool keptAsMovie = false;
         std::error_code ignored;
         if (gif) {
-            error = GIFExporter::exportMovie(processing, movie.url, destination, gifSettings, pool);
+            // The progress reaches the chrome on the main thread, at most once a percent.
+            auto lastPercent = std::make_shared<int>(-1);
+            error = GIFExporter::exportMovie(processing, movie.url, destination, gifSettings, pool, [&main, weak, lastPercent](double share) {
+                const int percent = static_cast<int>(share * 100);
+                if (percent == *lastPercent) return;
+                *lastPercent = percent;
+                main.async([weak, share] {
+                    if (auto self = weak.lock(); self && self->s_.chrome) self->s_.chrome->showExportProgress(share);
+                });
+            });
             if (!error) {
                 delivered = destination;
                 std::filesystem::remove(movie.url, ignored);
@@ -260,10 +270,11 @@ void ScreenRecorder::deliver(const CaptureEngine::Result& movie) {
             }
             if (mixed && *mixed != movie.url) std::filesystem::remove(movie.url, ignored);
         }
-        main.async([weak, error, delivered, keptAsMovie, fallback, access, duration = movie.duration] {
+        main.async([weak, error, delivered, keptAsMovie, fallback, access, gif, duration = movie.duration] {
             if (access.stop) access.stop();
             auto self = weak.lock();
             if (!self) return;
+            if (gif && self->s_.chrome) self->s_.chrome->showExportProgress(1);
             if (!delivered) {
                 if (keptAsMovie) {
                     logLine("GIF export failed: " + (error ? error->message : std::string("unknown")));

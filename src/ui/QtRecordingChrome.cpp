@@ -196,6 +196,38 @@ private:
     std::optional<QPointF> dragStart_;
 };
 
+// How far the GIF has come, at the bottom of the screen.
+class QtRecordingChrome::Progress final : public QWidget {
+public:
+    explicit Progress(QString base) : QWidget(nullptr, overlayFlags | Qt::WindowTransparentForInput), base_(std::move(base)) {
+        makeOverlay(*this, true);
+        setAutoFillBackground(true);
+        auto* row = new QHBoxLayout(this);
+        row->setContentsMargins(14, 8, 14, 8);
+        label_ = new QLabel(this);
+        QFont digits = label_->font();
+        digits.setFamily(QStringLiteral("DejaVu Sans Mono"));
+        label_->setFont(digits);
+        row->addWidget(label_);
+        update(0);
+    }
+    void update(double fraction) {
+        label_->setText(base_ + QStringLiteral(" %1%").arg(static_cast<int>(fraction * 100)));
+        adjustSize();
+    }
+
+protected:
+    void resizeEvent(QResizeEvent*) override {
+        QPainterPath plate;
+        plate.addRoundedRect(QRectF(rect()), 8, 8);
+        setMask(regionOf(plate));
+    }
+
+private:
+    QString base_;
+    QLabel* label_;
+};
+
 QtRecordingChrome::QtRecordingChrome(std::function<Rect()> mainGlobalFrame, std::function<std::string(const std::string&)> localize)
     : mainGlobalFrame_(std::move(mainGlobalFrame)), localize_(std::move(localize)) {}
 
@@ -265,6 +297,20 @@ void QtRecordingChrome::setElapsed(double seconds) {
 void QtRecordingChrome::setPaused(bool paused) {
     if (bar_) bar_->setPaused(paused);
     if (brackets_) brackets_->setPaused(paused);
+}
+
+void QtRecordingChrome::showExportProgress(double fraction) {
+    if (fraction >= 1) {
+        if (progress_) progress_->deleteLater();
+        return;
+    }
+    if (!progress_) progress_ = new Progress(QString::fromStdString(localize_("record.toast.gifExporting")));
+    progress_->update(fraction);
+    if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+        const QRect area = screen->availableGeometry();
+        progress_->move(area.center().x() - progress_->width() / 2, area.bottom() - 80 - progress_->height());
+    }
+    progress_->show();
 }
 
 void QtRecordingChrome::close() {

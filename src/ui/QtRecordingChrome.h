@@ -29,6 +29,7 @@ public:
     void follow(const Rect& region) override;
     void setElapsed(double seconds) override;
     void setPaused(bool paused) override;
+    void showExportProgress(double fraction) override;
     void close() override;
 
     // Where the bar of `size` stands for a region on a screen: below it by
@@ -44,6 +45,7 @@ private:
     class Countdown;
     class Brackets;
     class Bar;
+    class Progress;
 
     QRect globalRect(const Rect& region) const;
 
@@ -52,6 +54,7 @@ private:
     QPointer<Countdown> countdown_;
     QPointer<Brackets> brackets_;
     QPointer<Bar> bar_;
+    QPointer<Progress> progress_;
 };
 
 } // namespace tosvar

@@ -221,10 +221,18 @@ struct Files final : MovieFileProcessing {
                                    const std::function<void(std::span<const float>)>&) override {
         return Error{"not scripted"};
     }
-    Expected<std::vector<double>> videoFrameTimes(const std::filesystem::path&) override { return Error{"not scripted"}; }
-    std::optional<Error> readVideoFrames(const std::filesystem::path&, const std::vector<std::size_t>&, int,
-                                         const std::function<void(std::size_t, ImageBuffer)>&) override {
-        return Error{"not scripted"};
+    // The pictures of every movie, when a test scripts them.
+    std::vector<double> frameTimes;
+    std::vector<ImageBuffer> frames;
+    Expected<std::vector<double>> videoFrameTimes(const std::filesystem::path&) override {
+        if (frameTimes.empty()) return Error{"not scripted"};
+        return frameTimes;
+    }
+    std::optional<Error> readVideoFrames(const std::filesystem::path&, const std::vector<std::size_t>& wanted, int,
+                                         const std::function<void(std::size_t, ImageBuffer)>& deliver) override {
+        if (frames.empty()) return Error{"not scripted"};
+        for (std::size_t i : wanted) deliver(i, frames[i % frames.size()]);
+        return std::nullopt;
     }
 
     static std::string containerName(MovieContainer c) {

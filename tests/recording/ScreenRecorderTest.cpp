@@ -38,6 +38,8 @@ struct Chrome final : RecordingChrome {
     void setElapsed(double) override {}
     void setPaused(bool) override {}
     void close() override { closed = true; }
+    std::vector<double> progress;
+    void showExportProgress(double fraction) override { progress.push_back(fraction); }
 };
 
 class ScreenRecorderTest : public ::testing::Test {
@@ -258,6 +260,28 @@ TEST_F(ScreenRecorderTest, ARecordedRegionMovesByTheGripOnItsDisplayAndTheChrome
     recorder->arm({displayFrame, std::nullopt, 1, std::nullopt}, RecordingFormat::mp4, false);
     settle();
     EXPECT_FALSE(chrome.actions.move) << "a whole display has nothing to move";
+}
+
+TEST_F(ScreenRecorderTest, AGIFIsMadeOfTheMovieWithItsProgressShown) {
+    settings.recordingCountdown = 0;
+    MutableImage picture(8, 6);
+    picture.fill({200, 40, 40, 255});
+    files.frames = {std::move(picture).freeze()};
+    for (int i = 0; i < 30; ++i) files.frameTimes.push_back(i / 30.0);
+    armWholeDisplay(RecordingFormat::gif);
+    settle();
+    recordFrames(30);
+    Files::touch(encoders.last().settings.url);
+    recorder->stopAndDeliver();
+    settle();
+    ASSERT_EQ(delivered.size(), 1u);
+    EXPECT_EQ(delivered[0].extension(), ".gif");
+    EXPECT_TRUE(std::filesystem::exists(delivered[0]));
+    EXPECT_FALSE(std::filesystem::exists(encoders.last().settings.url)) << "the temporary movie goes";
+    ASSERT_GE(chrome.progress.size(), 3u);
+    EXPECT_EQ(chrome.progress.front(), 0);
+    EXPECT_EQ(chrome.progress.back(), 1) << "the progress goes away at the end";
+    EXPECT_TRUE(std::is_sorted(chrome.progress.begin(), chrome.progress.end()));
 }
 
 TEST_F(ScreenRecorderTest, AStreamThatDiesDeliversWhatItCaptured) {
