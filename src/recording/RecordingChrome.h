@@ -19,6 +19,8 @@ public:
         // none for the others. The offset is in points from where the drag began.
         std::function<void()> moveBegan = {};
         std::function<void(Point offset)> move = {};
+        // Whether the bar shows a sound meter: an MP4 with the system's sound or the microphone.
+        bool showsAudioMeter = false;
     };
 
     virtual ~RecordingChrome() = default;
@@ -29,6 +31,8 @@ public:
     virtual void follow(const Rect& region) = 0;
     virtual void setElapsed(double seconds) = 0;
     virtual void setPaused(bool paused) = 0;
+    // The sound's level, 0...1, for the bar's meter; only recordings with sound report it.
+    virtual void setAudioLevel(float level) = 0;
     // The share of a GIF made so far, 0...1; 1 takes the progress away.
     virtual void showExportProgress(double fraction) = 0;
     // Everything goes.

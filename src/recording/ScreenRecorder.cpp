@@ -68,6 +68,15 @@ void ScreenRecorder::startEngine() {
     setState(State::starting);
     engine_ = s_.makeEngine(settings_);
     std::weak_ptr<ScreenRecorder> weak = weak_from_this();
+    // Levels come on the sample queue; the bar's meter rises at once and falls gently.
+    engine_->onAudioLevel = [weak, &main = s_.mainQueue](float level) {
+        main.async([weak, level] {
+            auto self = weak.lock();
+            if (!self || !self->s_.chrome || self->state_ != State::recording) return;
+            self->audioLevel_ = std::max(self->audioLevel_ * 0.72f, level);
+            self->s_.chrome->setAudioLevel(self->audioLevel_);
+        });
+    };
     engine_->onRuntimeError = [weak](const Error& error) {
         logLine("recording stream died: " + error.message);
         if (auto self = weak.lock()) self->stopAndDeliver();
@@ -85,6 +94,7 @@ void ScreenRecorder::startEngine() {
             return;
         }
         self->startedAt_ = self->s_.mainQueue.now();
+        self->audioLevel_ = 0;
         self->pausedAccumulated_ = 0;
         self->pauseBegan_.reset();
         self->setState(State::recording);
@@ -92,6 +102,8 @@ void ScreenRecorder::startEngine() {
             RecordingChrome::Actions actions{.stop = [weak] { if (auto r = weak.lock()) r->stopAndDeliver(); },
                                              .togglePause = [weak] { if (auto r = weak.lock()) r->togglePause(); },
                                              .cancel = [weak] { if (auto r = weak.lock()) r->cancelRecording(); }};
+            actions.showsAudioMeter = self->format_ == RecordingFormat::mp4 &&
+                                      (self->settings_.recordingCaptureSystemAudio || self->settings_.recordingCaptureMic);
             if (self->target_->sourceRect && !self->target_->windowID) {
                 actions.moveBegan = [weak] { if (auto r = weak.lock()) r->beginRegionMove(); };
                 actions.move = [weak](Point offset) { if (auto r = weak.lock()) r->moveRegion(offset); };

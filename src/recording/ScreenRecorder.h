@@ -99,6 +99,7 @@ private:
     std::optional<FollowStart> followStart_;
     std::optional<Rect> moveStart_; // the recorded rectangle when a grip drag began
     int followMisses_ = 0;
+    float audioLevel_ = 0; // as the meter shows it
     std::optional<double> startedAt_, pauseBegan_;
     double pausedAccumulated_ = 0;
 };

@@ -10,6 +10,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPainterPathStroker>
+#include <QProgressBar>
 #include <QScreen>
 #include <QToolButton>
 
@@ -140,11 +141,24 @@ public:
         pause_ = button(text("record.bar.pause"), [this] { actions_.togglePause(); });
         QToolButton* stop = button(text("record.bar.stop"), [this] { actions_.stop(); });
         QToolButton* cancel = button(text("record.bar.cancel"), [this] { actions_.cancel(); });
-        for (QWidget* w : std::initializer_list<QWidget*>{dot_, time_, pause_, stop, cancel}) row->addWidget(w);
+        row->addWidget(dot_);
+        row->addWidget(time_);
+        if (actions_.showsAudioMeter) {
+            meter_ = new QProgressBar(this);
+            meter_->setRange(0, 100);
+            meter_->setTextVisible(false);
+            meter_->setFixedSize(48, 6);
+            meter_->setToolTip(text("record.bar.audioLevel"));
+            row->addWidget(meter_);
+        }
+        for (QWidget* w : std::initializer_list<QWidget*>{pause_, stop, cancel}) row->addWidget(w);
         setPaused(false);
         adjustSize();
     }
     void setElapsed(double seconds) { time_->setText(QString::fromStdString(RecordingDestination::durationString(seconds))); }
+    void setAudioLevel(float level) {
+        if (meter_) meter_->setValue(static_cast<int>(std::clamp(level, 0.0f, 1.0f) * 100));
+    }
     void setPaused(bool paused) {
         pause_->setText(text(paused ? "record.bar.resume" : "record.bar.pause"));
         dot_->setStyleSheet(paused ? QStringLiteral("color: rgb(255,149,0)") : QStringLiteral("color: rgb(255,59,48)"));
@@ -190,6 +204,7 @@ private:
     Actions actions_;
     std::function<std::string(const std::string&)> localize_;
     QLabel* grip_ = nullptr;
+    QProgressBar* meter_ = nullptr;
     QLabel* dot_;
     QLabel* time_;
     QToolButton* pause_;
@@ -292,6 +307,10 @@ void QtRecordingChrome::follow(const Rect& region) {
 
 void QtRecordingChrome::setElapsed(double seconds) {
     if (bar_) bar_->setElapsed(seconds);
+}
+
+void QtRecordingChrome::setAudioLevel(float level) {
+    if (bar_) bar_->setAudioLevel(level);
 }
 
 void QtRecordingChrome::setPaused(bool paused) {

@@ -29,6 +29,7 @@ public:
     void follow(const Rect& region) override;
     void setElapsed(double seconds) override;
     void setPaused(bool paused) override;
+    void setAudioLevel(float level) override;
     void showExportProgress(double fraction) override;
     void close() override;
 

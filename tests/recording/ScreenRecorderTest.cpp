@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace tosvar {
 namespace {
 
@@ -37,6 +39,8 @@ struct Chrome final : RecordingChrome {
     void follow(const Rect& region) override { followed.push_back(region); }
     void setElapsed(double) override {}
     void setPaused(bool) override {}
+    std::vector<float> levels;
+    void setAudioLevel(float level) override { levels.push_back(level); }
     void close() override { closed = true; }
     std::vector<double> progress;
     void showExportProgress(double fraction) override { progress.push_back(fraction); }
@@ -52,7 +56,8 @@ protected:
             .makeEngine =
                 [this](const AppSettings& s) {
                     return CaptureEngine::make({main, detached.runner(), screen, sound, encoders.factory(), environment.root(), 4242},
-                                               static_cast<int>(s.recordingFPS), s.recordingShowsCursor, false, false);
+                                               static_cast<int>(s.recordingFPS), s.recordingShowsCursor, s.recordingCaptureSystemAudio,
+                                               s.recordingCaptureMic);
                 },
             .processing = files,
             .defaults = defaults,
@@ -282,6 +287,34 @@ TEST_F(ScreenRecorderTest, AGIFIsMadeOfTheMovieWithItsProgressShown) {
     EXPECT_EQ(chrome.progress.front(), 0);
     EXPECT_EQ(chrome.progress.back(), 1) << "the progress goes away at the end";
     EXPECT_TRUE(std::is_sorted(chrome.progress.begin(), chrome.progress.end()));
+}
+
+TEST_F(ScreenRecorderTest, TheBarsMeterRisesAtOnceAndFallsGentlyWhileSoundIsRecorded) {
+    settings.recordingCountdown = 0;
+    settings.recordingCaptureMic = true;
+    armWholeDisplay();
+    settle();
+    ASSERT_EQ(recorder->state(), State::recording);
+    EXPECT_TRUE(chrome.actions.showsAudioMeter);
+    ASSERT_TRUE(sound.microphone);
+    screen.stream->deliver(milliseconds(1000)); // the movie begins with its first picture
+    sound.microphone(chunkAt(milliseconds(1010), 0.5f));
+    sound.microphone(chunkAt(milliseconds(1100), 0.0f)); // levels come at most every 50 ms
+    // The sound is taken on the engine's own sample queue, which hands the levels over.
+    for (int i = 0; i < 200 && chrome.levels.size() < 2; ++i) {
+        std::this_thread::sleep_for(milliseconds(5));
+        settle();
+    }
+    ASSERT_GE(chrome.levels.size(), 2u);
+    EXPECT_GT(chrome.levels[0], 0);
+    EXPECT_NEAR(chrome.levels[1], chrome.levels[0] * 0.72f, 1e-4) << "silence lets it fall, not drop";
+    recorder->cancelRecording();
+    settle();
+
+    settings.recordingCaptureMic = false;
+    armWholeDisplay(RecordingFormat::mp4);
+    settle();
+    EXPECT_FALSE(chrome.actions.showsAudioMeter) << "no sound, no meter";
 }
 
 TEST_F(ScreenRecorderTest, AStreamThatDiesDeliversWhatItCaptured) {
