@@ -42,8 +42,6 @@ public:
     AnimationEncoder(const GIFColorQuantizer& quantizer, int width, int height, WorkerPool& pool);
     void add(ImageBuffer frame, double delaySeconds);
     std::vector<std::uint8_t> finish();
-    // Frames written so far, merged ones not counted.
-    int writtenFrames() const { return writer_.frameCount(); }
 
 private:
     struct Pending {

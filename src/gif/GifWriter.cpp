@@ -137,7 +137,6 @@ void GifWriter::add(const Frame& frame) {
     out_.push_back(0); // no local table, not interlaced
     static thread_local LzwEncoder lzw;
     lzw.encode(frame.indices, static_cast<std::size_t>(frame.area.width) * frame.area.height, std::max(2, tableBits_), out_);
-    ++frames_;
 }
 
 std::vector<std::uint8_t> GifWriter::finish() {

@@ -29,15 +29,12 @@ public:
     // The whole file, trailer included; the writer takes no more frames.
     std::vector<std::uint8_t> finish();
 
-    int frameCount() const { return frames_; }
-
 private:
     void put16(int value);
 
     std::vector<std::uint8_t> out_;
     int width_, height_;
     int tableBits_; // the global table holds 2^tableBits_ entries
-    int frames_ = 0;
 };
 
 } // namespace tosvar

@@ -47,7 +47,6 @@ std::optional<Rect> ScreenRecorder::screenRect() const {
 }
 
 void ScreenRecorder::countDown(int remaining) {
-    if (onCountdown) onCountdown(remaining);
     if (s_.chrome) s_.chrome->showCountdown(*screenRect(), remaining);
     if (remaining == 0) return startEngine();
     std::weak_ptr<ScreenRecorder> weak = weak_from_this();

@@ -68,8 +68,6 @@ public:
 
     // Seconds recorded so far, pauses left out.
     double currentElapsed() const;
-    // Each second of the countdown, with the seconds left; 0 when it ends.
-    std::function<void(int remaining)> onCountdown;
     // The rectangle recorded, in screen points (y up).
     std::optional<Rect> screenRect() const;
 

@@ -109,7 +109,6 @@ public:
     std::optional<RectHandle> hoveredHandle() const { return hoveredHandle_; }
     bool radiusGripHovered() const { return radiusGripHovered_; }
     bool adjustingRadius() const { return radiusBase_.has_value(); }
-    bool isMoving() const { return moveBase_.has_value(); }
     bool isPressed() const { return dragOrigin_.has_value(); }
 
 private:

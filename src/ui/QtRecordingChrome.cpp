@@ -337,8 +337,4 @@ void QtRecordingChrome::close() {
         if (window) window->deleteLater();
 }
 
-QWidget* QtRecordingChrome::countdownWindow() const { return countdown_; }
-QWidget* QtRecordingChrome::bracketsWindow() const { return brackets_; }
-QWidget* QtRecordingChrome::barWindow() const { return bar_; }
-
 } // namespace tosvar

@@ -38,10 +38,6 @@ public:
     // the region and kept 8 from the screen's sides (Qt coordinates).
     static QRect barFrame(const QRect& region, const QRect& screen, const QSize& size);
 
-    QWidget* countdownWindow() const;
-    QWidget* bracketsWindow() const;
-    QWidget* barWindow() const;
-
 private:
     class Countdown;
     class Brackets;

@@ -74,7 +74,6 @@ protected:
             .now = [] { return std::chrono::system_clock::from_time_t(1772611507); },
         });
         recorder->onStateChange = [this] { states.push_back(recorder->state()); };
-        recorder->onCountdown = [this](int remaining) { countdown.push_back(remaining); };
         recorder->onDeliverFile = [this](const std::filesystem::path& file) { delivered.push_back(file); };
     }
     void settle() {
@@ -102,7 +101,6 @@ protected:
     AppSettings settings;
     std::shared_ptr<ScreenRecorder> recorder;
     std::vector<State> states;
-    std::vector<int> countdown;
     std::vector<std::filesystem::path> delivered;
     std::vector<std::string> toasts;
     int beeps = 0;
@@ -114,13 +112,13 @@ TEST_F(ScreenRecorderTest, CountsDownASecondAtATimeThenRecordsAndTicks) {
     settings.recordingCountdown = 3;
     armWholeDisplay();
     EXPECT_EQ(recorder->state(), State::countingDown);
-    EXPECT_EQ(countdown, std::vector<int>{3});
+    EXPECT_EQ(chrome.countdown, std::vector<int>{3});
     main.advance(2.5);
-    EXPECT_EQ(countdown, (std::vector<int>{3, 2, 1}));
+    EXPECT_EQ(chrome.countdown, (std::vector<int>{3, 2, 1}));
     EXPECT_EQ(screen.stream, nullptr) << "nothing is captured during the countdown";
     main.advance(0.5);
     settle();
-    EXPECT_EQ(countdown, (std::vector<int>{3, 2, 1, 0}));
+    EXPECT_EQ(chrome.countdown, (std::vector<int>{3, 2, 1, 0}));
     EXPECT_EQ(states, (std::vector<State>{State::countingDown, State::starting, State::recording}));
     ASSERT_NE(screen.stream, nullptr);
     EXPECT_EQ(screen.stream->configuration.width, 2560) << "the display at its native scale";
@@ -135,7 +133,7 @@ TEST_F(ScreenRecorderTest, NoCountdownStartsAtOnceAndAnAbortedCountdownCapturesN
     settings.recordingCountdown = 0;
     armWholeDisplay();
     EXPECT_EQ(recorder->state(), State::starting);
-    EXPECT_TRUE(countdown.empty());
+    EXPECT_TRUE(chrome.countdown.empty());
     settle();
     EXPECT_EQ(recorder->state(), State::recording);
     recorder->cancelRecording();
