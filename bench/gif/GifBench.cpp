@@ -6,6 +6,7 @@
 // and each frame held for its delay before it is compared with the source.
 #include "GIFExporter.h"
 #include "QtBenchmarkMain.h"
+#include "QtPainterCanvas.h"
 #include "WorkerPool.h"
 
 #include <QBuffer>
@@ -21,7 +22,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 
 using namespace tosvar;
@@ -68,11 +68,6 @@ QImage frame(int index) {
     return image;
 }
 
-ImageBuffer bufferOf(const QImage& image) {
-    MutableImage copy(image.width(), image.height());
-    for (int y = 0; y < image.height(); ++y) std::memcpy(copy.row(y), image.constScanLine(y), static_cast<std::size_t>(image.width()) * 4);
-    return std::move(copy).freeze();
-}
 
 // The GIF's frames on the source's timeline: each held for its delay.
 std::vector<QImage> timeline(const QByteArray& gif, std::size_t frames) {
@@ -118,7 +113,7 @@ int main(int argc, char** argv) {
     std::vector<QImage> source;
     for (std::size_t i = 0; i < count; ++i) source.push_back(frame(static_cast<int>(i)).convertToFormat(QImage::Format_RGB32));
     std::vector<ImageBuffer> buffers;
-    for (const QImage& image : source) buffers.push_back(bufferOf(image.convertToFormat(QImage::Format_RGBA8888_Premultiplied)));
+    for (const QImage& image : source) buffers.push_back(imageFromQt(image));
 
     // Ours: the palette from five frames, then every frame.
     const auto ourStart = std::chrono::steady_clock::now();

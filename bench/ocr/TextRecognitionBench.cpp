@@ -6,6 +6,7 @@
 // character error rate and the characters beside the time.
 #include "OCRLanguagePreference.h"
 #include "QtBenchmarkMain.h"
+#include "QtPainterCanvas.h"
 #include "ScreenshotTextRecognition.h"
 #include "TesseractTextRecognizer.h"
 #include "TextSpecimens.h"
@@ -14,23 +15,16 @@
 
 #include <QGuiApplication>
 
-#include <cstring>
 
 using namespace tosvar;
 
 namespace {
 
-ImageBuffer imageOf(const QImage& rendered) {
-    MutableImage copy(rendered.width(), rendered.height());
-    for (int y = 0; y < rendered.height(); ++y)
-        std::memcpy(copy.row(y), rendered.constScanLine(y), static_cast<std::size_t>(rendered.width()) * 4);
-    return std::move(copy).freeze();
-}
 
 void readScreen(benchmark::State& state, int columnWidth) {
     const QSize size(1920, 1080);
     const std::vector<TextSpecimens::Section> page = TextSpecimens::screenful(size, 14, columnWidth);
-    const ImageBuffer screen = imageOf(TextSpecimens::render(page, size, 14, columnWidth));
+    const ImageBuffer screen = imageFromQt(TextSpecimens::render(page, size, 14, columnWidth));
     // As in the application: one recogniser whose engines stay loaded.
     static TesseractTextRecognizer recognizer([] { return OCRLanguagePreference::defaultLanguages; }, WorkerPool::shared());
     ZXingQRCodeReader codes;
@@ -46,7 +40,7 @@ void readScreen(benchmark::State& state, int columnWidth) {
 // The QR search alone over the article screen, which holds no code.
 void findCodes(benchmark::State& state) {
     const QSize size(1920, 1080);
-    const ImageBuffer screen = imageOf(TextSpecimens::render(TextSpecimens::screenful(size, 14, 960), size, 14, 960));
+    const ImageBuffer screen = imageFromQt(TextSpecimens::render(TextSpecimens::screenful(size, 14, 960), size, 14, 960));
     ZXingQRCodeReader codes;
     for (auto _ : state) benchmark::DoNotOptimize(codes.qrCodes(screen));
 }

@@ -9,6 +9,7 @@
 #include "LocalizationManager.h"
 #include "Log.h"
 #include "OwnPasteboard.h"
+#include "QtPainterCanvas.h"
 #include "QtScreenLayout.h"
 #include "RecordingStatusItemStyle.h"
 #include "ScreenshotToast.h"
@@ -21,7 +22,6 @@
 #include <QCursor>
 #include <QImageReader>
 
-#include <cstring>
 
 namespace tosvar {
 
@@ -343,11 +343,8 @@ std::optional<std::string> TosvarAppDelegate::annotateFile(const std::filesystem
     reader.setAutoTransform(true);
     const QImage read = reader.read();
     if (read.isNull()) return "cannot open " + file.string() + ": " + reader.errorString().toStdString();
-    const QImage pixels = read.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    MutableImage copy(pixels.width(), pixels.height(), PixelOrder::bgra, PixelMemoryFill::uninitialized);
-    for (int y = 0; y < pixels.height(); ++y) std::memcpy(copy.row(y), pixels.constScanLine(y), 4 * static_cast<std::size_t>(pixels.width()));
     const QString title = QString::fromStdString(L("annotation.window.title", file.filename().string()));
-    auto* window = new AnnotationEditorWindow(std::move(copy).freeze(), 1, title,
+    auto* window = new AnnotationEditorWindow(imageFromQt(read), 1, title,
                                               {platform_.renderer, platform_.mainQueue, &SettingsStore::standardDefaults(), platform_.elementClipboard,
                                                platform_.pasteboard, WorkerPool::shared()});
     editors_.insert(window);

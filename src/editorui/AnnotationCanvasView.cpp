@@ -29,7 +29,6 @@
 #include <QTextEdit>
 
 #include <cmath>
-#include <cstring>
 #include <numbers>
 
 namespace tosvar {
@@ -723,10 +722,7 @@ namespace {
 Expected<ImageBuffer> decodeAny(std::span<const std::uint8_t> bytes) {
     const QImage read = QImage::fromData(bytes.data(), static_cast<int>(bytes.size()));
     if (read.isNull()) return Error{"the data is not an image this program reads"};
-    const QImage pixels = read.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    MutableImage out(pixels.width(), pixels.height(), PixelOrder::bgra, PixelMemoryFill::uninitialized);
-    for (int y = 0; y < pixels.height(); ++y) std::memcpy(out.row(y), pixels.constScanLine(y), 4 * static_cast<std::size_t>(pixels.width()));
-    return std::move(out).freeze();
+    return imageFromQt(read);
 }
 
 // The first picture the data carries: a local image file, else image bytes.

@@ -1,6 +1,7 @@
 // Reading text and QR codes off rendered images, with the installed models.
 #include "InMemoryDefaultsStore.h"
 #include "OCRLanguagePreference.h"
+#include "QtPainterCanvas.h"
 #include "TesseractTextRecognizer.h"
 #include "TestApplication.h"
 #include "WorkerPool.h"
@@ -35,9 +36,7 @@ ImageBuffer renderedText(const QStringList& lines, int pixelSize) {
     painter.setPen(QColor(30, 30, 30));
     for (int i = 0; i < lines.size(); ++i) painter.drawText(30, 30 + pixelSize * 2 * (i + 1), lines[i]);
     painter.end();
-    MutableImage copy(image.width(), image.height());
-    for (int y = 0; y < image.height(); ++y) std::memcpy(copy.row(y), image.constScanLine(y), static_cast<std::size_t>(image.width()) * 4);
-    return std::move(copy).freeze();
+    return imageFromQt(image);
 }
 
 ImageBuffer qrImage(const std::string& text) {

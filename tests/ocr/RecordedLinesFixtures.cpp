@@ -4,6 +4,7 @@
 // Each fixture keeps the page size, the lines as read and the text the
 // grouping gives them now; look at that text before committing a new one.
 #include "ImageUpscale.h"
+#include "QtPainterCanvas.h"
 #include "ScreenshotTextRecognition.h"
 #include "TesseractTextRecognizer.h"
 #include "TestApplication.h"
@@ -22,7 +23,6 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 
 using namespace tosvar;
@@ -71,12 +71,6 @@ QImage list() {
     return image;
 }
 
-ImageBuffer imageOf(const QImage& rendered) {
-    MutableImage copy(rendered.width(), rendered.height());
-    for (int y = 0; y < rendered.height(); ++y)
-        std::memcpy(copy.row(y), rendered.constScanLine(y), static_cast<std::size_t>(rendered.width()) * 4);
-    return std::move(copy).freeze();
-}
 
 } // namespace
 
@@ -87,7 +81,7 @@ TEST(RecordedLines, RecordThePagesAsTesseractReadsThem) {
     const std::pair<const char*, QImage> pages[] = {
         {"document", TextSpecimens::render(TextSpecimens::document(), QSize(900, 320), 14)}, {"columns", columns()}, {"list", list()}};
     for (const auto& [name, rendered] : pages) {
-        const ImageBuffer image = imageOf(rendered);
+        const ImageBuffer image = imageFromQt(rendered);
         const double factor = ScreenshotTextRecognition::upscaleFactor(1);
         const std::vector<RecognizedLine> lines = recognizer.recognizeLines(ImageUpscale::bilinear(
             image, static_cast<int>(std::lround(image.width() * factor)), static_cast<int>(std::lround(image.height() * factor))));

@@ -1,6 +1,7 @@
 // A captured region read as text: what the recogniser is handed (enlarged at
 // one pixel per point, QR codes blanked out), how QR payloads join the
 // transcript, and Tesseract's bands and second reading on real pages.
+#include "QtPainterCanvas.h"
 #include "ScreenshotTextRecognition.h"
 #include "TesseractTextRecognizer.h"
 #include "TestApplication.h"
@@ -14,18 +15,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 
 using namespace tosvar;
 
 namespace {
 
-ImageBuffer imageOf(const QImage& rendered) {
-    const QImage rgba = rendered.convertToFormat(QImage::Format_RGBA8888_Premultiplied);
-    MutableImage copy(rgba.width(), rgba.height());
-    for (int y = 0; y < rgba.height(); ++y) std::memcpy(copy.row(y), rgba.constScanLine(y), static_cast<std::size_t>(rgba.width()) * 4);
-    return std::move(copy).freeze();
-}
 
 // Lines drawn at the given heights of a tall white page.
 ImageBuffer page(QSize size, const std::vector<std::pair<int, QString>>& lines, int pixelSize,
@@ -40,7 +34,7 @@ ImageBuffer page(QSize size, const std::vector<std::pair<int, QString>>& lines, 
     painter.setPen(QColor(20, 20, 20));
     for (const auto& [y, text] : lines) painter.drawText(40, y, text);
     painter.end();
-    return imageOf(image);
+    return imageFromQt(image);
 }
 
 struct RecordingRecognizer final : TextRecognizing {

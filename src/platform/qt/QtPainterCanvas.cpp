@@ -366,6 +366,14 @@ QImage qtImageView(const ImageBuffer& image) {
     return QImage(image.data(), image.width(), image.height(), static_cast<qsizetype>(image.stride()), format);
 }
 
+ImageBuffer imageFromQt(const QImage& image) {
+    const bool rgba = image.format() == QImage::Format_RGBA8888_Premultiplied;
+    const QImage pixels = rgba ? image : image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    MutableImage copy(pixels.width(), pixels.height(), rgba ? PixelOrder::rgba : PixelOrder::bgra, PixelMemoryFill::uninitialized);
+    for (int y = 0; y < pixels.height(); ++y) std::memcpy(copy.row(y), pixels.constScanLine(y), 4 * static_cast<std::size_t>(pixels.width()));
+    return std::move(copy).freeze();
+}
+
 QtImageCanvas::QtImageCanvas(QImage image, std::function<const QtTextMeasurer&(FontFace)> fonts)
     : image_(std::make_shared<QImage>(std::move(image))),
       painter_(std::make_unique<QPainter>(image_.get())),

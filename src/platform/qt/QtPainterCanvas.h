@@ -128,5 +128,7 @@ private:
 
 // A QImage over the pixels of `image` (no copy; the buffer must outlive it).
 QImage qtImageView(const ImageBuffer& image);
+// A copy of a QImage's pixels, premultiplied: rgba when the image is, else bgra.
+ImageBuffer imageFromQt(const QImage& image);
 
 } // namespace tosvar
