@@ -10,14 +10,16 @@
 
 namespace tosvar::ScreenshotTextRecognition {
 
-double upscaleFactor(double scale) { return scale < 1.5 ? 1.5 : 1; }
+ImageBuffer enlarged(const ImageBuffer& image, double scale) {
+    const double factor = scale < 1.5 ? 1.5 : 1;
+    return ImageUpscale::bilinear(image, static_cast<int>(std::lround(image.width() * factor)),
+                                  static_cast<int>(std::lround(image.height() * factor)));
+}
 
 std::string transcript(TextRecognizing& recognizer, const ImageBuffer& image, double scale) {
     if (image.isEmpty()) return {};
     // Line boxes come in unit coordinates, so the blocks are the same at any size.
-    const double factor = upscaleFactor(scale);
-    const std::vector<RecognizedLine> lines = recognizer.recognizeLines(ImageUpscale::bilinear(
-        image, static_cast<int>(std::lround(image.width() * factor)), static_cast<int>(std::lround(image.height() * factor))));
+    const std::vector<RecognizedLine> lines = recognizer.recognizeLines(enlarged(image, scale));
     const Size size{static_cast<double>(image.width()), static_cast<double>(image.height())};
     return TextBlockLayoutText::render(TextBlockGrouping::group(lines, size));
 }

@@ -14,11 +14,12 @@
 // a second: run it off the main thread.
 namespace tosvar::ScreenshotTextRecognition {
 
-// How much a capture is enlarged before recognition: screen text at one pixel
-// per point is smaller than recognisers read well, so it is read half as
-// large again (a quarter loses lines and bullets of 14-pixel text; twice
-// costs time and reads no better); a denser display's text is read as it is.
-double upscaleFactor(double scale);
+// `image`, taken at `scale` pixels per point, as the recogniser reads it:
+// screen text at one pixel per point is smaller than recognisers read well,
+// so it is enlarged half again (a quarter loses lines and bullets of 14-pixel
+// text; twice costs time and reads no better); a denser display's text is
+// read as it is.
+ImageBuffer enlarged(const ImageBuffer& image, double scale);
 
 // The recognised text of `image`, taken at `scale` pixels per point; empty
 // when there is none.

@@ -94,6 +94,10 @@ void QtRegionOverlay::seedInitialHover() {
     model_.hover({static_cast<double>(local.x()), static_cast<double>(local.y())});
 }
 
+double QtRegionOverlay::frozenScale() const {
+    return frozen_ ? frozen_->image.width() / std::max(1.0, globalFrame_.width()) : screen_.backingScale;
+}
+
 Rect QtRegionOverlay::screenRect(const Rect& view) const {
     return {screen_.frame.minX() + view.minX(), screen_.frame.maxY() - view.maxY(), view.width(), view.height()};
 }
@@ -117,7 +121,7 @@ void QtRegionOverlay::paintEvent(QPaintEvent*) {
         const QRectF hole = toQt(*highlight);
         // The veil lifts over the region: the frozen pixels again, or the live screen.
         if (!frozenView_.isNull()) {
-            const double s = frozenView_.width() / std::max(1.0, all.width());
+            const double s = frozenScale();
             painter.drawImage(hole, frozenView_, QRectF(hole.left() * s, hole.top() * s, hole.width() * s, hole.height() * s));
         } else {
             painter.setCompositionMode(QPainter::CompositionMode_Source);
@@ -169,7 +173,7 @@ void QtRegionOverlay::paintAnnotating(QPainter& painter) {
     painter.drawImage(all, frozenView_);
     painter.fillRect(all, QColor(0, 0, 0, static_cast<int>(veilAlpha * 255)));
     const RegionAnnotatingModel& region = annotating_->model();
-    const double s = frozenView_.width() / std::max(1.0, all.width());
+    const double s = frozenScale();
     auto unveil = [&](const QRectF& hole) {
         painter.drawImage(hole, frozenView_, QRectF(hole.left() * s, hole.top() * s, hole.width() * s, hole.height() * s));
     };
@@ -201,7 +205,7 @@ void QtRegionOverlay::paintLoupe(QPainter& painter, QPointF at, bool withColour)
     const double factor = zoom / std::max(model_.scale(), 1e-6);
     int samples = static_cast<int>(std::ceil(diameter / factor));
     if (samples % 2 == 0) ++samples;
-    const double s = frozenView_.width() / std::max(1.0, static_cast<double>(width()));
+    const double s = frozenScale();
     const int px = std::clamp(static_cast<int>(at.x() * s), 0, frozenView_.width() - 1);
     const int py = std::clamp(static_cast<int>(at.y() * s), 0, frozenView_.height() - 1);
     const QRect source(px - samples / 2, py - samples / 2, samples, samples);
@@ -490,7 +494,7 @@ void QtRegionOverlay::keyPressEvent(QKeyEvent* event) {
     }
     case Outcome::copyColor:
         if (const std::optional<Point> at = model_.loupePoint(); at && !frozenView_.isNull() && onCopyText) {
-            const double s = frozenView_.width() / std::max(1.0, static_cast<double>(width()));
+            const double s = frozenScale();
             const QRgb pixel = frozenView_.pixel(std::clamp(static_cast<int>(at->x * s), 0, frozenView_.width() - 1),
                                                  std::clamp(static_cast<int>(at->y * s), 0, frozenView_.height() - 1));
             char hex[8];
@@ -561,7 +565,7 @@ std::pair<ImageBuffer, Rect> QtRegionOverlay::capturedImage(const RegionSelectio
 }
 
 void QtRegionOverlay::finishWith(const RegionSelectionModel::Commit& commit) {
-    const double s = frozen_->image.width() / std::max(1.0, globalFrame_.width());
+    const double s = frozenScale();
     const auto [image, rect] = capturedImage(commit, s);
     if (model_.mode() == ScreenshotOverlayMode::captureText) return captureTextAndFinish(image, s);
     if (model_.mode() == ScreenshotOverlayMode::annotate && editorServices) return beginAnnotation(rect, image, commit.windowID);
@@ -631,11 +635,11 @@ void QtRegionOverlay::beginAnnotation(const Rect& rect, ImageBuffer image, std::
         },
         .windowImage = [this](std::uint32_t id) -> std::optional<std::pair<ImageBuffer, Rect>> {
             if (!captureWindow || !model_.window(id)) return std::nullopt;
-            const double s = frozen_->image.width() / std::max(1.0, globalFrame_.width());
+            const double s = frozenScale();
             return capturedImage({model_.window(id)->rect, id}, s);
         },
     };
-    const double s = frozen_->image.width() / std::max(1.0, globalFrame_.width());
+    const double s = frozenScale();
     model_.clearHover();
     annotating_ = std::make_unique<RegionAnnotatingPhase>(
         *this, RegionAnnotatingPhase::Start{rect, std::move(image), frozen_->image, s, model_.mode(), windowID}, *editorServices, settings,
@@ -671,7 +675,7 @@ void QtRegionOverlay::finishAnnotation(AnnotationAction action) {
     if (onRegionCommitted) onRegionCommitted(screenRect(region));
     std::optional<Bytes> png = annotating_->renderPNG();
     if (!png) return cancel();
-    const double s = frozen_->image.width() / std::max(1.0, globalFrame_.width());
+    const double s = frozenScale();
     if (callbacks_.onFinish) callbacks_.onFinish({AnnotationResult::finished(std::move(*png), action), screenRect(region), true, s});
 }
 

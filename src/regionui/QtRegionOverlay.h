@@ -112,6 +112,8 @@ private:
     void abandonCommittedRegion();
     void paintAnnotating(QPainter& painter);
     bool annotatingKey(QKeyEvent* event);
+    // Pixels of the frozen image per view point.
+    double frozenScale() const;
     // A view rectangle as a rectangle of the screen (points, y up).
     Rect screenRect(const Rect& view) const;
     // The magnified pixels around `at`, with the position, zoom and, when asked, the colour.

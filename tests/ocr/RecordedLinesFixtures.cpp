@@ -3,7 +3,6 @@
 //   TOSVAR_RECORD_OCR_FIXTURES=1 build/bin/ocr_tests --gtest_filter='RecordedLines*'
 // Each fixture keeps the page size, the lines as read and the text the
 // grouping gives them now; look at that text before committing a new one.
-#include "ImageUpscale.h"
 #include "QtPainterCanvas.h"
 #include "ScreenshotTextRecognition.h"
 #include "TesseractTextRecognizer.h"
@@ -21,7 +20,6 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <cmath>
 #include <cstdlib>
 #include <fstream>
 
@@ -82,9 +80,7 @@ TEST(RecordedLines, RecordThePagesAsTesseractReadsThem) {
         {"document", TextSpecimens::render(TextSpecimens::document(), QSize(900, 320), 14)}, {"columns", columns()}, {"list", list()}};
     for (const auto& [name, rendered] : pages) {
         const ImageBuffer image = imageFromQt(rendered);
-        const double factor = ScreenshotTextRecognition::upscaleFactor(1);
-        const std::vector<RecognizedLine> lines = recognizer.recognizeLines(ImageUpscale::bilinear(
-            image, static_cast<int>(std::lround(image.width() * factor)), static_cast<int>(std::lround(image.height() * factor))));
+        const std::vector<RecognizedLine> lines = recognizer.recognizeLines(ScreenshotTextRecognition::enlarged(image, 1));
         nlohmann::json fixture{{"width", image.width()}, {"height", image.height()}, {"lines", nlohmann::json::array()}};
         for (const RecognizedLine& line : lines)
             fixture["lines"].push_back({{"text", line.text},
