@@ -253,6 +253,11 @@ QRect QtRecordingChrome::globalRect(const Rect& region) const {
     return QRectF(global.minX(), global.minY(), global.width(), global.height()).toAlignedRect();
 }
 
+const QScreen* QtRecordingChrome::screenShowing(const QRect& area) {
+    const QScreen* screen = QGuiApplication::screenAt(area.center());
+    return screen ? screen : QGuiApplication::primaryScreen();
+}
+
 QRect QtRecordingChrome::barFrame(const QRect& region, const QRect& screen, const QSize& size) {
     const int x = std::clamp(region.center().x() - size.width() / 2, screen.left() + 8, std::max(screen.left() + 8, screen.right() - 8 - size.width()));
     int y = region.bottom() + 12;
@@ -275,8 +280,7 @@ void QtRecordingChrome::showCountdown(const Rect& region, int remaining) {
 void QtRecordingChrome::showRecording(const Rect& region, Actions actions) {
     if (countdown_) countdown_->deleteLater();
     const QRect area = globalRect(region);
-    const QScreen* screen = QGuiApplication::screenAt(area.center());
-    if (!screen) screen = QGuiApplication::primaryScreen();
+    const QScreen* screen = screenShowing(area);
     // Brackets stand just outside the region; round a whole screen there is no outside.
     if (!screen || !area.contains(screen->geometry())) {
         if (!brackets_) brackets_ = new Brackets();
@@ -300,8 +304,7 @@ void QtRecordingChrome::follow(const Rect& region) {
     const QRect area = globalRect(region);
     if (brackets_) brackets_->setGeometry(area.adjusted(-12, -12, 12, 12));
     if (!bar_) return;
-    const QScreen* screen = QGuiApplication::screenAt(area.center());
-    if (!screen) screen = QGuiApplication::primaryScreen();
+    const QScreen* screen = screenShowing(area);
     bar_->setGeometry(barFrame(area, screen ? screen->geometry() : area, bar_->size()));
 }
 

@@ -9,6 +9,8 @@
 #include <functional>
 #include <string>
 
+class QScreen;
+
 namespace tosvar {
 
 // The recording's chrome on Qt: a disc with the seconds left over the region
@@ -43,6 +45,10 @@ private:
     class Brackets;
     class Bar;
     class Progress;
+
+    // The screen a region in Qt coordinates stands on: the one at its
+    // centre, else the primary one.
+    static const QScreen* screenShowing(const QRect& area);
 
     QRect globalRect(const Rect& region) const;
 
